@@ -1,0 +1,27 @@
+# How everything in the tree is compiled. Warnings are errors, generated code apart.
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_C_STANDARD 99)
+set(CMAKE_C_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_C_VISIBILITY_PRESET hidden)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+# Sections let the linker drop the generated calls that nothing uses.
+add_compile_options(-ffunction-sections -fdata-sections)
+add_compile_definitions(_GNU_SOURCE)
+
+add_library(pvr-warnings INTERFACE)
+target_compile_options(pvr-warnings INTERFACE -Wall -Wextra -Wconversion -Wsign-conversion -Wformat=2 -Werror)
+
+if(PVR_SANITIZE)
+    add_compile_options(-fsanitize=${PVR_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+    add_link_options(-fsanitize=${PVR_SANITIZE})
+endif()
+if(PVR_COVERAGE)
+    add_compile_options(--coverage)
+    add_link_options(--coverage)
+endif()

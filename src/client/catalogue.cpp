@@ -1,0 +1,24 @@
+#include "client/catalogue.h"
+
+#include <atomic>
+#include <libintl.h>
+
+namespace pvr {
+namespace {
+
+constinit std::atomic<bool> bDomainInit{false};
+
+} // namespace
+
+void bind_catalogue(Here here) noexcept
+{
+    PLAIN_INFO_AT(here, "bDomainInit:%d PVR_SERVICE_API_MO_NAME:%s, PVR_SERVICE_API_MO_LOCALE:%s\n", bDomainInit.load(),
+                  PVR_SERVICE_API_MO_NAME, PVR_SERVICE_API_MO_LOCALE);
+    if (bDomainInit)
+        return;
+    const char *directory = bindtextdomain(PVR_SERVICE_API_MO_NAME, PVR_SERVICE_API_MO_LOCALE);
+    PLAIN_INFO_AT(here, "pbindtextdomain:%s\n", directory);
+    bDomainInit = true;
+}
+
+} // namespace pvr

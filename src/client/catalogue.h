@@ -1,0 +1,14 @@
+// The library's message catalogue, bound once per process.
+#pragma once
+
+#include "client/log.h"
+
+namespace pvr {
+
+inline constexpr char PVR_SERVICE_API_MO_NAME[] = "org.vexan.pvr-service-api";
+inline constexpr char PVR_SERVICE_API_MO_LOCALE[] = "/usr/lib/org.vexan.pvr-service-api/res/locale";
+
+/// Binds the catalogue unless that was done already; logs at here either way.
+void bind_catalogue(Here here) noexcept;
+
+} // namespace pvr

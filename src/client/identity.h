@@ -1,0 +1,18 @@
+// Who the calling process is: its pid and the name of its executable, printed in most log lines.
+#pragma once
+
+namespace pvr {
+
+struct Identity {
+    int g_thread_id;           ///< pid of the process, 0 before it was first captured
+    char g_thread_name[261];   ///< base name of its executable, empty before it was first captured
+    const Identity *inherited; ///< what a forked child found captured by its parent, else null
+};
+
+/// The identity as captured so far; never waits, never changes under the reader.
+const Identity &identity() noexcept;
+
+/// Captures the identity once per process (and once more in a forked child). Safe from any thread.
+void _get_pid_name() noexcept;
+
+} // namespace pvr
