@@ -47,22 +47,26 @@ OwnedConnection private_connection(GError **error) noexcept
     return OwnedConnection(g_dbus_connection_new_for_address_sync(address.get(), flags, nullptr, nullptr, error));
 }
 
-/// Makes a proxy in the thread's default main context. The process outlives the bus: GDBus would
-/// send it SIGTERM otherwise.
+/// The shared connection to the system bus, or null when it is of no use: GIO hands out a closed one,
+/// or the error of one that failed, for as long as anything in the process refers to it, and what
+/// waits in a main context that nobody runs refers to it for ever.
+OwnedConnection shared_connection() noexcept
+{
+    OwnedConnection bus(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, nullptr));
+    return bus && g_dbus_connection_is_closed(bus.get()) == FALSE ? std::move(bus) : OwnedConnection();
+}
+
+/// Makes a proxy in the thread's default main context.
 OwnedProxy make_proxy(GError **error) noexcept
 {
-    OwnedConnection bus(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, error));
-    if (!bus)
-        return {};
-
     OwnedProxy proxy;
-    if (!g_dbus_connection_is_closed(bus.get())) {
+    if (const OwnedConnection bus = shared_connection()) {
+        // The process outlives the bus: GDBus would send it SIGTERM otherwise.
         g_dbus_connection_set_exit_on_close(bus.get(), FALSE);
         proxy = OwnedProxy(g_dbus_proxy_new_for_bus_sync(G_BUS_TYPE_SYSTEM, G_DBUS_PROXY_FLAGS_NONE, nullptr,
                                                          service_name, object_path, interface_name, nullptr, error));
-    } else if (bus = private_connection(error); bus) {
-        // Somebody in the process still holds the shared connection, so a closed one is all GIO hands out.
-        proxy = OwnedProxy(g_dbus_proxy_new_sync(bus.get(), G_DBUS_PROXY_FLAGS_NONE, nullptr, service_name, object_path,
+    } else if (const OwnedConnection own = private_connection(error)) {
+        proxy = OwnedProxy(g_dbus_proxy_new_sync(own.get(), G_DBUS_PROXY_FLAGS_NONE, nullptr, service_name, object_path,
                                                  interface_name, nullptr, error));
     }
     // Deliberately after construction: from here on a reply of another type is an ordinary error.

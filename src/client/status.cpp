@@ -44,44 +44,44 @@ private:
 };
 
 /// Stores the fields in order; the first that cannot be read ends the decoding.
-void store_channel_info(const OwnedVariant &array, channel_info &info) noexcept
+void store_channel_info(Here here, const OwnedVariant &array, channel_info &info) noexcept
 {
     VariantReader reader(array);
     const auto major = reader.next<int>();
     if (!major)
         return;
     info.major = *major;
-    PLAIN_INFO("major [%d]\n", *major);
+    PLAIN_INFO_AT(here, "major [%d]\n", *major);
 
     const auto minor = reader.next<int>();
     if (!minor)
         return;
     info.minor = *minor;
-    PLAIN_INFO("minor [%d]\n", *minor);
+    PLAIN_INFO_AT(here, "minor [%d]\n", *minor);
 
     const auto start_time = reader.next<std::uint32_t>();
     if (!start_time)
         return;
     info.start_time = *start_time;
-    PLAIN_INFO("start time [%ld]\n", static_cast<long>(*start_time));
+    PLAIN_INFO_AT(here, "start time [%ld]\n", static_cast<long>(*start_time));
 
     const auto end_time = reader.next<std::uint32_t>();
     if (!end_time)
         return;
     info.end_time = *end_time;
-    PLAIN_INFO("end time [%ld]\n", static_cast<long>(*end_time));
+    PLAIN_INFO_AT(here, "end time [%ld]\n", static_cast<long>(*end_time));
 
     const auto channel_name = reader.next<const char *>();
     if (!channel_name)
         return;
     copy_bytes(info.channel_name, *channel_name, 254); // deliberately without a terminator
-    PLAIN_INFO("channel name [%s]\n", *channel_name);
+    PLAIN_INFO_AT(here, "channel name [%s]\n", *channel_name);
 
     const auto program_title = reader.next<const char *>();
     if (!program_title)
         return;
     copy_bytes(info.program_title, *program_title, 254); // deliberately without a terminator
-    PLAIN_INFO("program title [%s]\n", *program_title);
+    PLAIN_INFO_AT(here, "program title [%s]\n", *program_title);
 }
 
 } // namespace
@@ -95,7 +95,7 @@ int svc_pvr_get_channel_info(std::uint64_t service_id, channel_info *info) noexc
         return answer.transport_rule();
     if (info == nullptr || !fields)
         return call.refused(PLAIN_FAILURE("[return PS_CALL_METHOD_FAILED]\n"));
-    store_channel_info(fields, *info);
+    store_channel_info(Here(), fields, *info);
     return answer.transport_rule();
 }
 

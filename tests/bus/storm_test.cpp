@@ -1,0 +1,145 @@
+// Everything at once: callers, initialisers, a destroyer and registrations, and a service and a bus
+// that are killed under them. What a round returns may be a failure; it may not crash, hang or race.
+#include "bus/main_context.h"
+#include "pvr_service_api.h"
+#include "support/log_capture.h"
+#include "support/private_bus.h"
+#include "support/scripted_service.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <string>
+#include <thread>
+#include <vector>
+
+using namespace support;
+
+namespace {
+
+int rounds()
+{
+    const char *given = std::getenv("PVR_STORM_ROUNDS");
+    return given != nullptr ? std::atoi(given) : 500;
+}
+
+void on_signal(pvr_service_signal, void *) {}
+
+class Storm : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        service.script("play_start", answers("(1,)"));
+        service.script("get_playback_uri_by_handle", answers("('/m/a.srf',)"));
+        service.script("get_handle_for_record", answers("(@ai [1, 2, 3], 3)"));
+        service.script("sync_stop_pvr", answers("(1,)"));
+    }
+    void TearDown() override
+    {
+        for (std::thread &thread : threads)
+            thread.join();
+        EXPECT_EQ(unexpected, 0);
+        EXPECT_GT(answered, 0);
+        int answer = PS_CALL_METHOD_FAILED;
+        for (int i = 0; i < 3 && answer != PS_SUCCESS; ++i)
+            answer = svc_pvr_play_start(1, "", 0);
+        EXPECT_EQ(answer, PS_SUCCESS) << testing::PrintToString(logged_lines());
+    }
+
+    /// Has a thread repeat an action, and counts its successes.
+    void each_round(std::atomic<int> &counter, int (*action)())
+    {
+        threads.emplace_back([this, action, &counter] {
+            for (int i = rounds(); i > 0 || is_killing; --i) {
+                const int returned = action();
+                if (returned == PS_SUCCESS)
+                    ++counter;
+                if (returned != PS_SUCCESS && returned != PS_SESSION_READY && returned != PS_CALL_METHOD_FAILED &&
+                    returned != PS_NO_PROXY)
+                    ++unexpected;
+                logged(); // or the lines would fill the memory
+                service.requests();
+            }
+        });
+    }
+
+    void four_callers()
+    {
+        each_round(answered, [] { return svc_pvr_play_start(1, "/m/a.srf", 0); });
+        each_round(answered, [] {
+            char uri[255] = "";
+            const int returned = svc_pvr_get_playback_uri_by_handle(1, uri);
+            return returned == PS_SUCCESS && std::string(uri) != "/m/a.srf" ? 99 : returned;
+        });
+        each_round(answered, [] {
+            int list[2] = {0, 0};
+            int count = 0;
+            const int returned = svc_pvr_get_handle_for_record(list, 2, &count);
+            return returned == PS_SUCCESS && (count != 3 || list[0] != 1 || list[1] != 2) ? 99 : returned;
+        });
+        each_round(others, [] { return svc_pvr_stop_pvr_sync(1, "storm"); });
+    }
+
+    /// Until calls are served again.
+    void wait_for_answers()
+    {
+        for (const int before = answered; answered < before + 20;)
+            std::this_thread::yield();
+    }
+
+    ScriptedService service;
+    std::atomic<bool> is_killing{false};
+    std::vector<std::thread> threads;
+    std::atomic<int> answered{0}; ///< calls that the service has answered
+    std::atomic<int> others{0};
+    std::atomic<int> unexpected{0};
+};
+
+} // namespace
+
+TEST_F(Storm, OfCallersInitialisersAndADestroyer)
+{
+    four_callers();
+    each_round(others, svc_pvr_service_init);
+    each_round(others, svc_pvr_service_init);
+    each_round(others, svc_pvr_service_destroy);
+}
+
+TEST_F(Storm, OfCallersAndRegistrationsWhileSignalsArrive)
+{
+    const ContextThread loop(nullptr);
+    four_callers();
+    each_round(others, [] { return svc_pvr_register_signal_cb(on_signal, nullptr); });
+    each_round(others, svc_pvr_service_destroy);
+    for (int i = rounds(); i > 0; --i)
+        service.emit("send_pvr_signal_to_apps", "(int32 1, '00')");
+    for (std::thread &thread : threads)
+        thread.join();
+    threads.clear();
+}
+
+TEST_F(Storm, OfCallersUnderAServiceThatIsKilledAndReturns)
+{
+    is_killing = true;
+    four_callers();
+    for (int i = rounds() / 10; i > 0; --i) {
+        service.vanish();
+        service.come_back();
+        wait_for_answers();
+    }
+    is_killing = false;
+}
+
+TEST_F(Storm, OfCallersUnderABusThatIsKilledAndReturns)
+{
+    is_killing = true;
+    four_callers();
+    for (int i = rounds() / 50; i > 0; --i) {
+        bus().kill();
+        bus().start();
+        service.vanish();
+        service.come_back();
+        wait_for_answers();
+    }
+    is_killing = false;
+}

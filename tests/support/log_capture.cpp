@@ -1,0 +1,96 @@
+#include "support/log_capture.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <dlog.h>
+#include <filesystem>
+#include <mutex>
+#include <regex>
+#include <unistd.h>
+#include <utility>
+
+namespace support {
+namespace {
+
+std::mutex mutex;
+std::vector<LoggedLine> lines;
+Lines malformed;
+
+std::string without_addresses(const std::string &text)
+{
+    static const std::regex address("0x[0-9a-f]+");
+    return std::regex_replace(text, address, "PTR");
+}
+
+void keep(int log_id, int priority, const char *tag, const std::string &line)
+{
+    // Never a regular expression here: storms log millions of lines.
+    const auto colon = line.find(": ");
+    const auto open = line.find('(', colon);
+    const auto close = line.find(") > ", open);
+    const std::lock_guard lock(mutex);
+    if (close == std::string::npos || line.back() != '\n') {
+        malformed.push_back(line);
+        return;
+    }
+    lines.push_back({log_id, priority, tag, line.substr(0, colon), line.substr(colon + 2, open - colon - 2),
+                     line.substr(close + 4, line.size() - close - 5)});
+}
+
+std::string line(int priority, const std::string &head, const std::string &text)
+{
+    return std::to_string(priority) + " [PVR][API]" + head + text;
+}
+
+} // namespace
+
+std::vector<LoggedLine> logged()
+{
+    const std::lock_guard lock(mutex);
+    return std::exchange(lines, {});
+}
+
+Lines logged_lines()
+{
+    Lines result;
+    for (const LoggedLine &line : logged())
+        result.push_back(std::to_string(line.priority) + " " + without_addresses(line.text));
+    return result;
+}
+
+Lines malformed_lines()
+{
+    const std::lock_guard lock(mutex);
+    return malformed;
+}
+
+std::string my_master()
+{
+    const std::string executable = std::filesystem::read_symlink("/proc/self/exe").filename();
+    return "My master:[" + std::to_string(getpid()) + "][" + executable + "]";
+}
+
+std::string entry(const std::string &text) { return line(6, "[EST][10.8.1]", my_master() + text); }
+std::string failure(const std::string &text) { return entry(text); }
+std::string exception(const std::string &text) { return line(6, "[EXP][10.8.1]", my_master() + text); }
+std::string info(const std::string &text) { return line(4, "[10.8.1]", my_master() + text); }
+std::string plain_entry(const std::string &text) { return line(6, "[EST][10.8.1]", text); }
+std::string plain_info(const std::string &text) { return line(4, "[10.8.1]", text); }
+std::string detail(const std::string &text) { return line(3, "[10.8.1]", text); }
+
+} // namespace support
+
+int __dlog_print(int log_id, int priority, const char *tag, const char *format, ...) noexcept
+{
+    char *text = nullptr;
+    va_list arguments;
+    va_start(arguments, format);
+    const int length = vasprintf(&text, format, arguments);
+    va_end(arguments);
+    if (length < 0)
+        std::abort();
+    support::keep(log_id, priority, tag, text);
+    std::free(text);
+    return length;
+}
