@@ -191,6 +191,8 @@ protected:
     void TearDown() override
     {
         svc_pvr_service_destroy();
+        while (g_main_context_iteration(context, FALSE) == TRUE)
+            ; // GDBus frees what belonged to a proxy in the proxy's context
         g_main_context_unref(context);
     }
 

@@ -77,7 +77,11 @@ protected:
             const int returned = svc_pvr_get_handle_for_record(list, 2, &count);
             return returned == PS_SUCCESS && (count != 3 || list[0] != 1 || list[1] != 2) ? 99 : returned;
         });
-        each_round(others, [] { return svc_pvr_stop_pvr_sync(1, "storm"); });
+        each_round(answered, [] {
+            const int returned = svc_pvr_stop_pvr_sync(1, "storm");
+            // Requests that nobody waits for would queue up without bound.
+            return returned == PS_SUCCESS ? svc_pvr_play_start(2, "/m/b.srf", 0) : returned;
+        });
     }
 
     /// Until calls are served again.

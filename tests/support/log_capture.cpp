@@ -6,6 +6,7 @@
 #include <dlog.h>
 #include <filesystem>
 #include <mutex>
+#include <pthread.h>
 #include <regex>
 #include <unistd.h>
 #include <utility>
@@ -16,6 +17,10 @@ namespace {
 std::mutex mutex;
 std::vector<LoggedLine> lines;
 Lines malformed;
+
+// A child forked while another thread logs has to be able to log as well.
+[[maybe_unused]] const int survives_forks =
+    pthread_atfork([] { mutex.lock(); }, [] { mutex.unlock(); }, [] { mutex.unlock(); });
 
 std::string without_addresses(const std::string &text)
 {
