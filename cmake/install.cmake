@@ -1,13 +1,32 @@
 # What cmake --install puts under any prefix.
 include(CMakePackageConfigHelpers)
 
+if(PVR_PLATFORM STREQUAL "host")
+    # The stand-ins lie beside the library: a linker and a loader that found the one find the others.
+    set_target_properties(pvr-service-api PROPERTIES INSTALL_RPATH "$ORIGIN")
+endif()
 install(TARGETS pvr-service-api EXPORT pvr-service-api LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(FILES include/pvr_service_api.h include/pvr_records.h include/pvr_events.h
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(FILES interface/org.vexan.tv.pvr.conf DESTINATION ${CMAKE_INSTALL_DATADIR}/dbus-1/system.d)
 
+# The pkg-config file finds its prefix from where it lies, at whatever depth a distribution keeps its
+# libraries. Only a directory that was given as an absolute path stays one.
+foreach(dir LIBDIR INCLUDEDIR)
+    set(pc_${dir} ${CMAKE_INSTALL_${dir}})
+    if(NOT IS_ABSOLUTE ${pc_${dir}})
+        string(PREPEND pc_${dir} "\${prefix}/")
+    endif()
+endforeach()
+set(pc_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+if(IS_ABSOLUTE ${pc_dir})
+    set(pc_prefix ${CMAKE_INSTALL_PREFIX})
+else()
+    file(RELATIVE_PATH pc_prefix /prefix/${pc_dir} /prefix)
+    string(REGEX REPLACE "/$" "" pc_prefix "\${pcfiledir}/${pc_prefix}")
+endif()
 configure_file(cmake/pvr-service-api.pc.in pvr-service-api.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/pvr-service-api.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+install(FILES ${PROJECT_BINARY_DIR}/pvr-service-api.pc DESTINATION ${pc_dir})
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/pvr-service-api)
 install(EXPORT pvr-service-api NAMESPACE pvr:: FILE pvr-service-api-config.cmake DESTINATION ${package_dir})

@@ -5,9 +5,10 @@
 #include "client/log.h"
 #include "client/owned.h"
 
-#include <concepts>
+#include <cinttypes>
 #include <cstddef>
 #include <cstring>
+#include <type_traits>
 
 namespace pvr {
 
@@ -94,7 +95,10 @@ void store_list(Here here, const OwnedVariant &array, int count, T *list, int le
     if (count <= 0)
         return;
     for (const auto [index, value] : elements<T>(array)) {
-        PLAIN_INFO_AT(here, "index[%d] value[%lld]\n", index, static_cast<long long>(value));
+        if constexpr (std::is_signed_v<T>)
+            PLAIN_INFO_AT(here, "index[%d] value[%d]\n", index, value);
+        else
+            PLAIN_INFO_AT(here, "index[%d] value[%" PRIu64 "]\n", index, value);
         if (index >= length)
             break;
         if (list != nullptr)

@@ -6,7 +6,7 @@
 #include "support/scripted_service.h"
 
 #include <dlfcn.h>
-#include <fstream>
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <thread>
 #include <unistd.h>
@@ -14,8 +14,6 @@
 using namespace support;
 
 namespace {
-
-constexpr char override_file[] = "/tmp/PVR_SERVICE_API_IS_SUPPORT_PVR";
 
 std::string support_line(int answer)
 {
@@ -66,12 +64,6 @@ Lines joined(std::initializer_list<Lines> parts)
 const Lines success_lines{info("  [new g_pvr_proxy: PTR] "),
                           detail("g_pvr_proxy initilize success, PROJECT_MODEL[emulator]."), catalogue_line(false),
                           plain_info("pbindtextdomain:" + bound_to)};
-
-/// The override file is the whole machine's: it is there only while one of these lives.
-struct OverrideFile {
-    OverrideFile() { std::ofstream(override_file) << "0"; }
-    ~OverrideFile() { unlink(override_file); }
-};
 
 } // namespace
 
@@ -199,21 +191,6 @@ TEST(SupportCheck, AsksThePlatformOnEveryCall)
     for (int i = 0; i < 3; ++i)
         svc_pvr_play_start(1, "", 0);
     EXPECT_EQ(support_questions(), before + 3);
-}
-
-TEST(SupportOverride, GoesBeforeThePlatformAndIsNeverRead)
-{
-    const OverrideFile file;
-    set_product(Product::does_not_record);
-    EXPECT_EQ(svc_pvr_service_init(), PS_SESSION_READY);
-    EXPECT_EQ(support_questions(), 0);
-    EXPECT_EQ(svc_pvr_service_destroy(), PS_SUCCESS);
-}
-
-TEST(SupportOverride, IsNeverMadeByTheLibrary)
-{
-    svc_pvr_service_init();
-    EXPECT_FALSE(std::filesystem::exists(override_file));
 }
 
 TEST(Retired, CallsAnswerSuccessAndDoNothing)

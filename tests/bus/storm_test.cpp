@@ -24,6 +24,7 @@ int rounds()
 }
 
 void on_signal(pvr_service_signal, void *) {}
+void on_result(pvr_service_result, void *) {}
 
 class Storm : public testing::Test {
 protected:
@@ -114,6 +115,11 @@ TEST_F(Storm, OfCallersAndRegistrationsWhileSignalsArrive)
     const ContextThread loop(nullptr);
     four_callers();
     each_round(others, [] { return svc_pvr_register_signal_cb(on_signal, nullptr); });
+    each_round(others, [] {
+        static int data[2];
+        return svc_pvr_register_result_pvr_cb(on_result, &data[0]) |
+               svc_pvr_register_result_pvr_cb(on_result, &data[1]);
+    });
     each_round(others, svc_pvr_service_destroy);
     for (int i = rounds(); i > 0; --i)
         service.emit("send_pvr_signal_to_apps", "(int32 1, '00')");
