@@ -111,18 +111,10 @@ void write_to_journal(int priority, const char *tag, std::string_view text)
     g_log_writer_journald(level.glib_level, fields.data(), fields.size(), nullptr);
 }
 
-} // namespace
-
-int __dlog_print(int, int priority, const char *tag, const char *format, ...) noexcept
+[[gnu::noinline]] int print(int priority, const char *tag, const char *format, va_list arguments)
 {
-    if (settings.destination == Destination::nowhere || priority < settings.least_priority)
-        return 0;
-
-    va_list arguments;
-    va_start(arguments, format);
     char *formatted = nullptr;
     const int length = vasprintf(&formatted, format, arguments);
-    va_end(arguments);
     if (length < 0)
         return length;
 
@@ -132,5 +124,19 @@ int __dlog_print(int, int priority, const char *tag, const char *format, ...) no
         write_to_journal(priority, tag, text);
     else
         write_line(priority, tag, text);
+    return length;
+}
+
+} // namespace
+
+int __dlog_print(int, int priority, const char *tag, const char *format, ...) noexcept
+{
+    if (settings.destination == Destination::nowhere || priority < settings.least_priority)
+        return 0; // the usual case, and the only one that has to be fast
+
+    va_list arguments;
+    va_start(arguments, format);
+    const int length = print(priority, tag, format, arguments);
+    va_end(arguments);
     return length;
 }

@@ -14,8 +14,11 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <functional>
 #include <glib.h>
+#include <map>
 #include <string>
+#include <string_view>
 
 namespace {
 
@@ -28,64 +31,81 @@ constexpr char defaults[] = "[custom-bool]\n"
 
 constexpr int not_read = -1;
 
-GKeyFile *load_defaults()
+template <typename T>
+using Values = std::map<std::string, T, std::less<>>;
+
+struct Product {
+    Values<bool> custom_bools;
+    Values<int> custom_ints;
+    Values<int> value_ints;
+};
+
+/// Takes a group's values in place of those known before; a value that cannot be read is forgotten.
+template <auto Read, typename T>
+void take(Values<T> &values, GKeyFile *file, const char *group)
 {
+    char **keys = g_key_file_get_keys(file, group, nullptr, nullptr);
+    for (char **key = keys; key != nullptr && *key != nullptr; ++key) {
+        GError *error = nullptr;
+        const auto value = Read(file, group, *key, &error);
+        if (error == nullptr) {
+            values[*key] = static_cast<T>(value);
+        } else {
+            values.erase(*key);
+            g_error_free(error);
+        }
+    }
+    g_strfreev(keys);
+}
+
+void take_all(Product &product, GKeyFile *file)
+{
+    take<g_key_file_get_boolean>(product.custom_bools, file, "custom-bool");
+    take<g_key_file_get_integer>(product.custom_ints, file, "custom-int");
+    take<g_key_file_get_integer>(product.value_ints, file, "value-int");
+}
+
+Product load()
+{
+    Product product;
     GKeyFile *file = g_key_file_new();
     g_key_file_load_from_data(file, defaults, sizeof defaults - 1, G_KEY_FILE_NONE, nullptr);
-    return file;
-}
+    take_all(product, file);
 
-/// Null when there is no file.
-GKeyFile *load_configured()
-{
     const char *path = std::getenv("PVR_PLATFORM_CONFIG");
-    if (path == nullptr || *path == '\0')
-        return nullptr;
-    GKeyFile *file = g_key_file_new();
-    GError *error = nullptr;
-    if (g_key_file_load_from_file(file, path, G_KEY_FILE_NONE, &error) == FALSE) {
-        std::fprintf(stderr, "PVR_PLATFORM_CONFIG: %s: %s\n", path, error->message);
-        g_error_free(error);
+    if (path != nullptr && *path != '\0') {
+        GError *error = nullptr;
+        if (g_key_file_load_from_file(file, path, G_KEY_FILE_NONE, &error) != FALSE) {
+            take_all(product, file);
+        } else {
+            std::fprintf(stderr, "PVR_PLATFORM_CONFIG: %s: %s\n", path, error->message);
+            g_error_free(error);
+        }
     }
-    return file;
+    g_key_file_free(file);
+    return product;
 }
 
-/// The file that answers for a key: what is configured goes before the defaults.
-GKeyFile *source_of(const char *group, const char *key)
+const Product &product()
 {
-    static GKeyFile *const configured = load_configured(); // both live as long as the process
-    static GKeyFile *const fallback = load_defaults();
-    if (configured != nullptr && g_key_file_has_key(configured, group, key, nullptr) != FALSE)
-        return configured;
-    return fallback;
+    static const Product &loaded = *new Product(load()); // threads may outlive static destructors
+    return loaded;
 }
 
-template <auto Read, typename T>
-int read(const char *group, const char *key, T *value)
+template <typename T>
+int read(const Values<T> &values, std::string_view key, T *value)
 {
-    GError *error = nullptr;
-    const auto found = Read(source_of(group, key), group, key, &error);
-    if (error != nullptr) {
-        g_error_free(error);
+    const auto found = values.find(key);
+    if (found == values.end())
         return not_read;
-    }
-    *value = static_cast<T>(found);
+    *value = found->second;
     return 0;
 }
 
 } // namespace
 
-int system_info_get_custom_bool(const char *key, bool *value)
-{
-    return read<g_key_file_get_boolean>("custom-bool", key, value);
-}
+int system_info_get_custom_bool(const char *key, bool *value) { return read(product().custom_bools, key, value); }
 
-int system_info_get_custom_int(const char *key, int *value)
-{
-    return read<g_key_file_get_integer>("custom-int", key, value);
-}
+int system_info_get_custom_int(const char *key, int *value) { return read(product().custom_ints, key, value); }
 
-int system_info_get_value_int(int key, int *value)
-{
-    return read<g_key_file_get_integer>("value-int", std::to_string(key).c_str(), value);
-}
+int system_info_get_value_int(int key, int *value) { return read(product().value_ints, std::to_string(key), value); }

@@ -2,7 +2,6 @@
 
 #include "client/log.h"
 
-#include <atomic>
 #include <cstdio>
 #include <cstring>
 #include <new>
@@ -16,7 +15,6 @@ namespace {
 constexpr std::size_t longest_target = 255;
 
 constinit const Identity nobody{};
-constinit std::atomic<const Identity *> captured{&nobody};
 
 void set_name(Identity &identity, std::string_view name) noexcept
 {
@@ -27,12 +25,12 @@ void set_name(Identity &identity, std::string_view name) noexcept
 
 } // namespace
 
-const Identity &identity() noexcept { return *captured.load(std::memory_order_acquire); }
+constinit std::atomic<const Identity *> captured_identity{&nobody};
 
 void _get_pid_name() noexcept
 {
     const pid_t pid = getpid();
-    const Identity *known = captured.load(std::memory_order_acquire);
+    const Identity *known = captured_identity.load(std::memory_order_acquire);
     if (known->g_thread_id == pid && known->g_thread_name[0] != '\0')
         return;
 
@@ -55,7 +53,7 @@ void _get_pid_name() noexcept
 
     // Whoever publishes first has captured it; nothing that was published is ever freed, because
     // another thread may be printing it.
-    if (!captured.compare_exchange_strong(known, fresh, std::memory_order_acq_rel)) {
+    if (!captured_identity.compare_exchange_strong(known, fresh, std::memory_order_acq_rel)) {
         delete fresh;
         return;
     }

@@ -1,6 +1,8 @@
 // Who the calling process is: its pid and the name of its executable, printed in most log lines.
 #pragma once
 
+#include <atomic>
+
 namespace pvr {
 
 struct Identity {
@@ -9,8 +11,11 @@ struct Identity {
     const Identity *inherited; ///< what a forked child found captured by its parent, else null
 };
 
-/// The identity as captured so far; never waits, never changes under the reader.
-const Identity &identity() noexcept;
+/// What was captured last; never null, and what it points to never changes or ends.
+extern std::atomic<const Identity *> captured_identity;
+
+/// The identity as captured so far. Every log line asks, so it may cost no more than a load.
+inline const Identity &identity() noexcept { return *captured_identity.load(std::memory_order_acquire); }
 
 /// Captures the identity once per process (and once more in a forked child). Safe from any thread.
 void _get_pid_name() noexcept;

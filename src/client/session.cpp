@@ -194,10 +194,10 @@ bool is_corrupt_address(const void *address) noexcept { return reinterpret_cast<
 
 OwnedProxy acquire_session(Here here) noexcept
 {
-    const std::lock_guard alone(g_mutex.guard());
     if (OwnedProxy proxy = usable_proxy())
         return proxy;
 
+    const std::lock_guard alone(g_mutex.guard());
     dbus_threads_init_default();
     INFO_AT(here, " dbus_threads_init_default() is called\n");
     OwnedProxy proxy;

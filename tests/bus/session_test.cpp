@@ -123,7 +123,7 @@ TEST(ServiceInit, FailsWithoutABusAndSucceedsOnceThereIsOne)
     bus().kill();
     EXPECT_EQ(svc_pvr_service_init(), PS_NO_PROXY);
     Lines lines = logged_lines();
-    const std::string reason = ": No such file or directory";
+    const std::string reason = ": Connection refused";
     ASSERT_EQ(lines.size(), 11U);
     EXPECT_EQ(lines[8].substr(0, 60), exception("  [g_pvr_proxy: (nil)][error:Could not connect").substr(0, 60));
     EXPECT_EQ(lines[8].substr(lines[8].size() - reason.size() - 2), reason + "] ");

@@ -1,31 +1,28 @@
-// A real dbus-daemon of the test process's own, in place of the system bus.
+// A real dbus-daemon of the process's own, in place of the system bus.
 #pragma once
 
-#include <filesystem>
+#include "support/child_process.h"
+
+#include <optional>
 #include <string>
-#include <sys/types.h>
 
 namespace support {
 
-/// Starts at construction and ends with the object, or with the process however that ends.
+/// Leaves nothing behind on any way out: its configuration is a file in memory, and its socket has no
+/// name on disk.
 class PrivateBus {
 public:
     PrivateBus();
-    ~PrivateBus();
-    PrivateBus(const PrivateBus &) = delete;
-    PrivateBus &operator=(const PrivateBus &) = delete;
 
     /// The address of the bus, the same before and after a restart.
     const std::string &address() const { return address_; }
-    const std::filesystem::path &folder() const { return folder_; }
 
     void start();
     void kill();
 
 private:
-    std::filesystem::path folder_;
     std::string address_;
-    pid_t pid_ = -1;
+    std::optional<ChildProcess> daemon_;
 };
 
 /// The bus that stands in for the system bus of this process.

@@ -1,0 +1,131 @@
+// How many heap blocks a call to the service takes beside those that GDBus takes to carry it, through
+// the library and without it.
+#include "callers.h"
+#include "interpose.h"
+#include "private_bus.h"
+#include "rounds.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <string_view>
+#include <system_info.h>
+
+namespace {
+
+thread_local long blocks = 0;
+bool is_platform_stubbed = false;
+
+} // namespace
+
+// Everything in the process allocates through these; the C library's own stand behind them.
+extern "C" {
+void *__libc_malloc(size_t size);
+void *__libc_calloc(size_t count, size_t size);
+void *__libc_realloc(void *block, size_t size);
+}
+
+EXPORTED void *malloc(size_t size) noexcept
+{
+    ++blocks;
+    return __libc_malloc(size);
+}
+
+EXPORTED void *calloc(size_t count, size_t size) noexcept
+{
+    ++blocks;
+    return __libc_calloc(count, size);
+}
+
+EXPORTED void *realloc(void *block, size_t size) noexcept
+{
+    ++blocks;
+    return __libc_realloc(block, size);
+}
+
+/// Takes back what was counted meanwhile: how often GDBus goes round its main loop in a call is a matter
+/// of timing, and each time costs it blocks.
+EXPORTED GVariant *g_dbus_proxy_call_sync(GDBusProxy *proxy, const gchar *method_name, GVariant *parameters,
+                                          GDBusCallFlags flags, gint timeout_msec, GCancellable *cancellable,
+                                          GError **error)
+{
+    static const auto real = bench::next<decltype(g_dbus_proxy_call_sync)>("g_dbus_proxy_call_sync");
+    const long before = blocks;
+    GVariant *reply = real(proxy, method_name, parameters, flags, timeout_msec, cancellable, error);
+    blocks = before;
+    return reply;
+}
+
+/// Answers the support check's question in place of the platform, whose answer may allocate.
+EXPORTED int system_info_get_custom_bool(const char *key, bool *value)
+{
+    static const auto real = bench::next<decltype(system_info_get_custom_bool)>("system_info_get_custom_bool");
+    if (!is_platform_stubbed)
+        return real(key, value);
+    *value = true;
+    return 0;
+}
+
+namespace {
+
+using namespace bench;
+using benchmark::State;
+
+constexpr int default_rounds = 20;
+constexpr int calls_per_round = 100;
+
+template <typename Function>
+void count(State &state, Callers &callers, Function call)
+{
+    callers.prepare(Placement::one_cpu);
+    bool succeeded = true;
+    const long before = blocks;
+    for ([[maybe_unused]] auto _ : state)
+        succeeded &= call();
+    const long counted = blocks - before;
+    state.counters["allocations"] = static_cast<double>(counted) / static_cast<double>(calls_per_round);
+    if (!succeeded)
+        state.SkipWithError("a call failed");
+    if (counted < calls_per_round) // a call packs its arguments at least
+        state.SkipWithError("the allocations were not seen");
+}
+
+int run(const Options &options)
+{
+    const PrivateBus bus;
+    Callers callers;
+    // Keeps GLib's descriptions of both types alive: a call makes them anew whenever the other thread
+    // happens to hold no message with them.
+    const pvr::OwnedVariant request(g_variant_ref_sink(g_variant_new("(isi)", handle, uri, start_position)));
+    const pvr::OwnedVariant reply(g_variant_ref_sink(g_variant_new("(i)", 1)));
+    const auto library = [&callers](State &state) {
+        is_platform_stubbed = true;
+        count(state, callers, library_play_start);
+        is_platform_stubbed = false;
+    };
+    const auto library_and_platform = [&callers](State &state) { count(state, callers, library_play_start); };
+    const auto bare = [&callers](State &state) {
+        count(state, callers, [&] { return bare_play_start(callers.bare()); });
+    };
+    return run_rounds({{{"allocations/library", library, calls_per_round},
+                        {"allocations/library_and_platform", library_and_platform, calls_per_round},
+                        {"allocations/bare", bare, calls_per_round}}},
+                      options);
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    const char *slices = std::getenv("G_SLICE");
+    if (slices == nullptr || std::string_view(slices) != "always-malloc") {
+        std::fputs("set G_SLICE=always-malloc: GLib's own allocator would hide most blocks\n", stderr);
+        return 2;
+    }
+    try {
+        return run(parse(argc, argv, default_rounds));
+    } catch (const std::exception &failure) {
+        std::fprintf(stderr, "%s\n", failure.what());
+        return 2;
+    }
+}
