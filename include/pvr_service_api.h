@@ -4,6 +4,7 @@
  *
  * Start here. Most applications need no more than these:
  *
+ *     svc_pvr_service_init                make the session, before anything is registered
  *     svc_pvr_is_support_pvr              does the service record at all?
  *     svc_pvr_get_default_rec_device      which storage device do recordings go to?
  *     svc_pvr_get_device_info             how full is it?
@@ -11,7 +12,6 @@
  *     svc_pvr_get_handle_for_record       which recordings are running?
  *     svc_pvr_play_start                  play a recording
  *     svc_pvr_stop_playing_sync           stop whatever plays
- *     svc_pvr_stop_pvr_sync               stop the recording of a channel
  *     svc_pvr_register_signal_cb          learn of state changes
  *     svc_pvr_register_result_pvr_cb      learn what became of a request
  *
@@ -58,7 +58,7 @@
 #include <stdint.h>
 
 #define PVR_API __attribute__((visibility("default")))
-#define PVR_RETIRED __attribute__((deprecated("does nothing; use the call that its documentation names")))
+#define PVR_RETIRED __attribute__((deprecated("retired: does nothing")))
 
 #ifdef __cplusplus
 #define PVR_NOEXCEPT noexcept
@@ -307,23 +307,23 @@ PVR_API int IsBlockedByParentalControl(const char *path, int *blocked);
  *  Kept so that old applications load. Each logs that it is gone, writes nothing and returns PS_SUCCESS. */
 /** @{ */
 
-/** Use svc_pvr_get_handle_for_record. @param out ignored @return PS_SUCCESS */
+/** Does nothing. @param out ignored @return PS_SUCCESS */
 PVR_API PVR_RETIRED int svc_pvr_is_recording_available(void *out) PVR_NOEXCEPT;
-/** Has no successor. @param out ignored @return PS_SUCCESS */
+/** Does nothing. @param out ignored @return PS_SUCCESS */
 PVR_API PVR_RETIRED int svc_pvr_get_recording_time(void *out) PVR_NOEXCEPT;
-/** Use svc_pvr_get_channel_info. @param out ignored @return PS_SUCCESS */
+/** Does nothing. @param out ignored @return PS_SUCCESS */
 PVR_API PVR_RETIRED int svc_pvr_get_recording_channel(void *out) PVR_NOEXCEPT;
-/** Use svc_pvr_get_handle_for_record. @param out ignored @return PS_SUCCESS */
+/** Does nothing. @param out ignored @return PS_SUCCESS */
 PVR_API PVR_RETIRED int svc_pvr_is_pvr_operating(void *out) PVR_NOEXCEPT;
-/** Has no successor. @param out ignored @return PS_SUCCESS */
+/** Does nothing. @param out ignored @return PS_SUCCESS */
 PVR_API PVR_RETIRED int svc_pvr_is_recording_pause(void *out) PVR_NOEXCEPT;
-/** Use svc_pvr_get_default_rec_device. @param out ignored @return PS_SUCCESS */
+/** Does nothing. @param out ignored @return PS_SUCCESS */
 PVR_API PVR_RETIRED int svc_pvr_get_rec_default_dev_index(void *out) PVR_NOEXCEPT;
-/** Use svc_pvr_get_default_rec_device. @param out ignored @return PS_SUCCESS */
+/** Does nothing. @param out ignored @return PS_SUCCESS */
 PVR_API PVR_RETIRED int svc_pvr_get_rec_device_key_by_index(void *out) PVR_NOEXCEPT;
-/** Has no successor. @param out ignored @return PS_SUCCESS */
+/** Does nothing. @param out ignored @return PS_SUCCESS */
 PVR_API PVR_RETIRED int svc_pvr_get_recording_file_info(void *out) PVR_NOEXCEPT;
-/** Use svc_pvr_remove_inf. @param out ignored @return PS_SUCCESS */
+/** Does nothing. @param out ignored @return PS_SUCCESS */
 PVR_API PVR_RETIRED int svc_pvr_remove_recording_info(void *out) PVR_NOEXCEPT;
 
 /** @} */

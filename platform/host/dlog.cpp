@@ -111,7 +111,8 @@ void write_to_journal(int priority, const char *tag, std::string_view text)
     g_log_writer_journald(level.glib_level, fields.data(), fields.size(), nullptr);
 }
 
-[[gnu::noinline]] int print(int priority, const char *tag, const char *format, va_list arguments)
+[[gnu::noinline, gnu::format(printf, 3, 0)]] int print(int priority, const char *tag, const char *format,
+                                                       va_list arguments)
 {
     char *formatted = nullptr;
     const int length = vasprintf(&formatted, format, arguments);
