@@ -47,6 +47,16 @@ class Recovery : public testing::Test {
 protected:
     void SetUp() override { service.script("play_start", answers("(1,)")); }
 
+    /// The bus ends under a session, which a call notices, and comes back with the service on it.
+    void restart_the_bus()
+    {
+        bus().kill();
+        EXPECT_EQ(play(), PS_CALL_METHOD_FAILED);
+        bus().start();
+        service.vanish();
+        service.come_back();
+    }
+
     ScriptedService service;
 };
 
@@ -124,11 +134,7 @@ TEST_F(Recovery, SurvivesTheBusAndReconnectsTheHandler)
     ASSERT_EQ(svc_pvr_register_signal_cb(ignore_signal, nullptr), PS_SUCCESS);
     SignalCount signals;
     for (int round = 1; round <= 3; ++round) {
-        bus().kill();
-        EXPECT_EQ(play(), PS_CALL_METHOD_FAILED);
-        bus().start();
-        service.vanish();
-        service.come_back();
+        restart_the_bus();
         EXPECT_EQ(play(), PS_SUCCESS);
         service.emit("send_pvr_signal_to_apps", signal_body);
         run_until(nullptr, [&] { return signals() == round; });
@@ -156,11 +162,7 @@ TEST_F(Recovery, UsesAConnectionOfItsOwnWhenTheSharedOneIsClosedAndHeldBySomebod
     GDBusConnection *held = g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, nullptr);
     ASSERT_NE(held, nullptr);
     ASSERT_EQ(play(), PS_SUCCESS);
-    bus().kill();
-    EXPECT_EQ(play(), PS_CALL_METHOD_FAILED);
-    bus().start();
-    service.vanish();
-    service.come_back();
+    restart_the_bus();
     EXPECT_EQ(play(), PS_SUCCESS);
     EXPECT_TRUE(g_dbus_connection_is_closed(held));
     g_object_unref(held);
