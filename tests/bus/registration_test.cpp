@@ -17,12 +17,6 @@ void on_result(pvr_service_result, void *) {}
 
 int data = 0;
 
-std::string support_line(int answer)
-{
-    return "system_info_get_custom_bool for com.brimmel/featureconf/pvr.pvr_support is called, bSupportPVR[" +
-           std::to_string(answer) + "]";
-}
-
 const std::string nobody = "My master:[0][]";
 const std::string parameters = "| with param[func:PTR user_data:PTR]";
 

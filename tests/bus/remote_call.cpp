@@ -28,12 +28,6 @@ Done run(const RemoteCall &row)
     return {returned, outputs.str(), logged_lines()};
 }
 
-std::string support_line(int answer)
-{
-    return "system_info_get_custom_bool for com.brimmel/featureconf/pvr.pvr_support is called, bSupportPVR[" +
-           std::to_string(answer) + "]";
-}
-
 /// The lines of a call: its entry, the support check, and the rest.
 Lines lines_of(const RemoteCall &row, const Lines &rest)
 {

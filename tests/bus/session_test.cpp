@@ -15,12 +15,6 @@ using namespace support;
 
 namespace {
 
-std::string support_line(int answer)
-{
-    return "system_info_get_custom_bool for com.brimmel/featureconf/pvr.pvr_support is called, bSupportPVR[" +
-           std::to_string(answer) + "]";
-}
-
 std::string executable()
 {
     return my_master().substr(my_master().rfind('[') + 1, my_master().rfind(']') - my_master().rfind('[') - 1);

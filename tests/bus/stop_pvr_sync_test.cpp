@@ -14,8 +14,6 @@ namespace {
 constexpr std::uint64_t service_id = 0x8000000000000001;
 
 const std::string entry_line = entry("[service_id:9223372036854775809][called_app:org.example.guide]");
-const std::string support_line =
-    detail("system_info_get_custom_bool for com.brimmel/featureconf/pvr.pvr_support is called, bSupportPVR[1]");
 
 int stop() { return svc_pvr_stop_pvr_sync(service_id, "org.example.guide"); }
 
@@ -28,7 +26,7 @@ TEST(StopPvrSync, SendsARequestThatExpectsNoReply)
     ASSERT_EQ(svc_pvr_service_init(), PS_SESSION_READY);
     logged();
     EXPECT_EQ(stop(), PS_SUCCESS);
-    EXPECT_EQ(logged_lines(), (Lines{entry_line, support_line}));
+    EXPECT_EQ(logged_lines(), (Lines{entry_line, detail(support_line(1))}));
     service.wait_for_request();
     Request expected = request("sync_stop_pvr", "ts", "(uint64 9223372036854775809, 'org.example.guide')");
     expected.is_reply_expected = false;

@@ -90,6 +90,12 @@ std::string plain_entry(const std::string &text) { return line(6, "[EST][10.8.1]
 std::string plain_info(const std::string &text) { return line(4, "[10.8.1]", text); }
 std::string detail(const std::string &text) { return line(3, "[10.8.1]", text); }
 
+std::string support_line(int answer)
+{
+    return "system_info_get_custom_bool for com.brimmel/featureconf/pvr.pvr_support is called, bSupportPVR[" +
+           std::to_string(answer) + "]";
+}
+
 } // namespace support
 
 int __dlog_print(int log_id, int priority, const char *tag, const char *format, ...) noexcept

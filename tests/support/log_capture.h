@@ -39,4 +39,7 @@ std::string plain_entry(const std::string &text); ///< 6 [EST]
 std::string plain_info(const std::string &text);  ///< 4
 std::string detail(const std::string &text);      ///< 3
 
+/// The text with which the library logs what the platform answered about the product's support.
+std::string support_line(int answer);
+
 } // namespace support
