@@ -99,6 +99,35 @@ int svc_pvr_get_channel_info(std::uint64_t service_id, channel_info *info) noexc
     return answer.transport_rule();
 }
 
+int svc_pvr_get_pvr_state(int *play_state, int *record_state) noexcept
+{
+    Call call(ENTRY("\n"));
+    int play = 0;
+    int record = 0;
+    auto answer = call.remote(wire::get_pvr_state, &play, &record);
+    if (answer) {
+        write_out(play_state, play);
+        write_out(record_state, record);
+    }
+    return answer.transport_rule();
+}
+
+int svc_pvr_get_progress(int handle, int *out_result, std::int64_t *relative_second,
+                         std::int64_t *absolute_second) noexcept
+{
+    Call call(ENTRY("[handle:%d]\n", handle));
+    int outcome = 0;
+    std::int64_t relative = 0;
+    std::int64_t absolute = 0;
+    auto answer = call.remote(wire::get_progress, handle, &outcome, &relative, &absolute, service_result);
+    if (answer) {
+        write_out(out_result, outcome);
+        write_out(relative_second, relative);
+        write_out(absolute_second, absolute);
+    }
+    return answer.transport_rule();
+}
+
 int svc_pvr_set_share_data(int share_data_type, std::int64_t share_data_value) noexcept
 {
     Call call(ENTRY("[share_data_type:%d][share_data_value:%" PRId64 "]\n", share_data_type, share_data_value));

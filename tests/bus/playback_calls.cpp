@@ -2,7 +2,9 @@
 #include "pvr_service_api.h"
 
 #include <array>
+#include <cstdint>
 #include <ostream>
+#include <utility>
 
 using namespace support;
 using Result = RemoteCall::Result;
@@ -54,17 +56,88 @@ Outcome uri_outcome(const std::string &uri, const std::string &copied)
 
 const std::string letters(std::size_t count) { return std::string(count, 'u'); }
 
-const RemoteCall play_start{
-    .name = "svc_pvr_play_start",
-    .call = [](std::ostream &) { return svc_pvr_play_start(7, "/m/ä %s.srf", -90); },
-    .untouched = "",
-    .entry = entry(" someione[handle:7][uri:/m/ä %s.srf][start_pos:-90]"),
-    .is_checked = true,
-    .request = request("play_start", "isi", "(7, '/m/ä %s.srf', -90)"),
-    .result = Result::is_published,
-    .outcomes = {{"(1,)", 0, "", {}}, {"(0,)", 0, "", {}}, {"(-2,)", 0, "", {}}, {"(403,)", 0, "", {}}},
-    .call_with_null_outputs = {},
+constexpr std::uint64_t beyond_63_bits = 0x8000'0001'0000'0002U; // above 2^32 and 2^63 at once
+
+/// A call that succeeds whatever the service's result is, and writes nothing.
+RemoteCall control(const std::string &name, std::function<int()> call, const std::string &entry_text, Request request,
+                   const Lines &lines = {})
+{
+    return {
+        .name = name,
+        .call = [call = std::move(call)](std::ostream &) { return call(); },
+        .untouched = "",
+        .entry = entry(entry_text),
+        .is_checked = true,
+        .request = std::move(request),
+        .result = Result::is_published,
+        .outcomes = {{"(1,)", 0, "", lines}, {"(0,)", 0, "", lines}, {"(-2,)", 0, "", lines}, {"(403,)", 0, "", lines}},
+        .call_with_null_outputs = {},
+    };
+}
+
+// clang-format off
+const std::vector<RemoteCall> controls{
+    control("svc_pvr_release_handle", [] { return svc_pvr_release_handle(-7); },
+            "[handle:-7]", request("release_handle", "i", "(-7,)")),
+    control("svc_pvr_play_start", [] { return svc_pvr_play_start(7, "/m/ä %s.srf", -90); },
+            " someione[handle:7][uri:/m/ä %s.srf][start_pos:-90]", request("play_start", "isi", "(7, '/m/ä %s.srf', -90)")),
+    control("svc_pvr_play_stop", [] { return svc_pvr_play_stop(7); },
+            " someione[handle:7]", request("play_stop", "i", "(7,)")),
+    control("svc_pvr_play_pause", [] { return svc_pvr_play_pause(7); },
+            " someione[handle:7]", request("play_pause", "i", "(7,)")),
+    control("svc_pvr_play_resume", [] { return svc_pvr_play_resume(7); },
+            " someione[handle:7]", request("play_resume", "i", "(7,)")),
+    control("svc_pvr_play_forward", [] { return svc_pvr_play_forward(7, 3); },
+            " someione[handle:7][forward_type:3]", request("play_forward", "ii", "(7, 3)")),
+    control("svc_pvr_play_rewind", [] { return svc_pvr_play_rewind(7, -3); },
+            " someione[handle:7][rewind_type:-3]", request("play_rewind", "ii", "(7, -3)")),
+    control("svc_pvr_play_skip", [] { return svc_pvr_play_skip(7, 1, -20, 300); },
+            " someione[handle:7][skip_type:1][skip_pos:-20][rate:300]", request("play_skip", "iiii", "(7, 1, -20, 300)")),
+    control("svc_pvr_step_frame", [] { return svc_pvr_step_frame(7); },
+            " someione[handle:7]", request("step_frame", "i", "(7,)")),
+    control("svc_pvr_play_stop_to_dtv", [] { return svc_pvr_play_stop_to_dtv(7); },
+            " someione[handle:7]", request("play_stop_to_dtv", "i", "(7,)")),
+    control("svc_pvr_play_pause_by_service_id", [] { return svc_pvr_play_pause_by_service_id(beyond_63_bits); },
+            "[service_id:9223372041149743106]", request("play_pause_by_service_id", "t", "(uint64 9223372041149743106,)")),
+    control("svc_pvr_play_resume_by_service_id", [] { return svc_pvr_play_resume_by_service_id(beyond_63_bits); },
+            "[service_id:9223372041149743106]", request("play_resume_by_service_id", "t", "(uint64 9223372041149743106,)")),
+    control("svc_pvr_play_stop_by_uri", [] { return svc_pvr_play_stop_by_uri("/m/%n.srf"); },
+            "[uri:/m/%n.srf]", request("play_stop_by_uri", "s", "('/m/%n.srf',)"),
+            {info(" Method: svc_pvr_play_stop_by_uri call finish.")}),
+    control("svc_pvr_stop_playing_and_recording", [] { return svc_pvr_stop_playing_and_recording(7, -1); },
+            "[handle:7][set_source:-1]", request("stop_playing_and_recording", "ii", "(7, -1)")),
 };
+// clang-format on
+
+/// A call that has the service issue a handle.
+RemoteCall issuing(const std::string &name, int (*call)(int *handle), const std::string &method,
+                   const std::string &logged_name)
+{
+    const auto outcome = [&](int handle, int result) {
+        const std::string text = std::to_string(handle);
+        return Outcome{"(" + text + ", " + std::to_string(result) + ")",
+                       0,
+                       text,
+                       {info(" " + logged_name + " finished with handle: [ " + text + " ]")}};
+    };
+    return {
+        .name = name,
+        .call =
+            [call](std::ostream &outputs) {
+                int handle = -77;
+                const int returned = call(&handle);
+                outputs << handle;
+                return returned;
+            },
+        .untouched = "-77",
+        .entry = entry(""),
+        .is_checked = true,
+        .request = request(method, "", "()"),
+        .result = Result::is_published,
+        .outcomes = {outcome(5, 1), outcome(0, 0), outcome(-1, -2), outcome(2147483647, 403)},
+        .call_with_null_outputs = [call] { return call(nullptr); },
+    };
+}
 
 const RemoteCall get_playback_uri{
     .name = "svc_pvr_get_playback_uri_by_handle",
@@ -89,21 +162,38 @@ const RemoteCall get_playback_uri{
     .call_with_null_outputs = [] { return svc_pvr_get_playback_uri_by_handle(3, nullptr); },
 };
 
-const RemoteCall stop_playing{
-    .name = "svc_pvr_stop_playing_sync",
-    .call = [](std::ostream &) { return svc_pvr_stop_playing_sync("org.example.guide"); },
-    .untouched = "",
-    .entry = entry("[called_app:org.example.guide]"),
-    .is_checked = true,
-    .request = request("sync_stop_playing", "si", "('org.example.guide', 1)"),
-    .result = Result::is_published,
-    .outcomes = {{"(1,)", 1, "", {}}, {"(0,)", 0, "", {}}, {"(-5,)", -5, "", {}}, {"(403,)", 403, "", {}}},
-    .call_with_null_outputs = {},
-};
+RemoteCall stopping(const std::string &name, std::function<int()> call, const std::string &entry_text, int set_source)
+{
+    return {
+        .name = name,
+        .call = [call = std::move(call)](std::ostream &) { return call(); },
+        .untouched = "",
+        .entry = entry("[called_app:org.example.guide]" + entry_text),
+        .is_checked = true,
+        .request = request("sync_stop_playing", "si", "('org.example.guide', " + std::to_string(set_source) + ")"),
+        .result = Result::is_published,
+        .outcomes = {{"(1,)", 1, "", {}}, {"(0,)", 0, "", {}}, {"(-5,)", -5, "", {}}, {"(403,)", 403, "", {}}},
+        .call_with_null_outputs = {},
+    };
+}
 
 } // namespace
 
-INSTANTIATE_TEST_SUITE_P(Playback, RemoteCalls, testing::Values(play_start, get_playback_uri, stop_playing), name_of);
+INSTANTIATE_TEST_SUITE_P(Controls, RemoteCalls, testing::ValuesIn(controls), name_of);
+
+INSTANTIATE_TEST_SUITE_P(
+    Playback, RemoteCalls,
+    testing::Values(issuing("svc_pvr_get_handle", svc_pvr_get_handle, "get_handle", "pvr_get_handle"),
+                    issuing("svc_pvr_get_handle_for_playback", svc_pvr_get_handle_for_playback,
+                            "get_handle_for_playback", "svc_pvr_get_handle_for_playback"),
+                    get_playback_uri,
+                    stopping(
+                        "svc_pvr_stop_playing_sync", [] { return svc_pvr_stop_playing_sync("org.example.guide"); }, "",
+                        1),
+                    stopping(
+                        "svc_pvr_stop_playing_sync_ex",
+                        [] { return svc_pvr_stop_playing_sync_ex("org.example.guide", -4); }, "[set_source:-4]", -4)),
+    name_of);
 
 INSTANTIATE_TEST_SUITE_P(
     PlaybackLists, RemoteCalls,

@@ -187,44 +187,6 @@ TEST(SupportCheck, AsksThePlatformOnEveryCall)
     EXPECT_EQ(support_questions(), before + 3);
 }
 
-TEST(Retired, CallsAnswerSuccessAndDoNothing)
-{
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
-    const std::pair<const char *, int (*)(void *)> retired[] = {
-        {"svc_pvr_is_recording_available", svc_pvr_is_recording_available},
-        {"svc_pvr_get_recording_time", svc_pvr_get_recording_time},
-        {"svc_pvr_get_recording_channel", svc_pvr_get_recording_channel},
-        {"svc_pvr_is_pvr_operating", svc_pvr_is_pvr_operating},
-        {"svc_pvr_is_recording_pause", svc_pvr_is_recording_pause},
-        {"svc_pvr_get_rec_default_dev_index", svc_pvr_get_rec_default_dev_index},
-        {"svc_pvr_get_rec_device_key_by_index", svc_pvr_get_rec_device_key_by_index},
-        {"svc_pvr_get_recording_file_info", svc_pvr_get_recording_file_info},
-        {"svc_pvr_remove_recording_info", svc_pvr_remove_recording_info},
-    };
-#pragma GCC diagnostic pop
-    set_product(Product::does_not_record); // not even asked
-    for (const auto &[name, call] : retired) {
-        char out[16] = "untouched";
-        EXPECT_EQ(call(out), PS_SUCCESS);
-        EXPECT_STREQ(out, "untouched");
-        EXPECT_EQ(call(nullptr), PS_SUCCESS);
-        const auto lines = logged();
-        ASSERT_EQ(lines.size(), 2U);
-        EXPECT_EQ(lines[0].function, name);
-        EXPECT_EQ(lines[0].priority, 4);
-        EXPECT_EQ(lines[0].text, "[PVR][API][10.8.1]My master:[0][] [DELETED_API please call other replace api]");
-    }
-    EXPECT_EQ(support_questions(), 0);
-}
-
-TEST(SetHighlightPlayerFlag, AnswersFromTheLastResultAndStartsAtFailure)
-{
-    set_product(Product::does_not_record); // not even asked
-    EXPECT_EQ(svc_pvr_set_highlight_player_flag(-3), PS_CALL_METHOD_FAILED);
-    EXPECT_EQ(logged_lines(), Lines{plain_entry("My master:[0][][flag:-3]")});
-}
-
 TEST(Library, StaysLoaded)
 {
     Dl_info info{};

@@ -116,9 +116,51 @@ RemoteCall is_support_pvr(std::vector<Outcome> outcomes)
 
 const Outcome refused{"(0,)", PS_FACTORY_ERROR, "0", {plain_entry("[PS_FACTORY_ERROR]")}};
 
+const RemoteCall get_pvr_state{
+    .name = "svc_pvr_get_pvr_state",
+    .call =
+        [](std::ostream &outputs) {
+            int play_state = -77;
+            int record_state = -77;
+            const int returned = svc_pvr_get_pvr_state(&play_state, &record_state);
+            outputs << play_state << "|" << record_state;
+            return returned;
+        },
+    .untouched = "-77|-77",
+    .entry = entry(""),
+    .is_checked = true,
+    .request = request("get_pvr_state", "", "()"),
+    .result = Result::is_the_answer,
+    .outcomes = {{"(24, 2)", 0, "24|2", {}}, {"(-1, 0)", 0, "-1|0", {}}},
+    .call_with_null_outputs = [] { return svc_pvr_get_pvr_state(nullptr, nullptr); },
+};
+
+const RemoteCall get_progress{
+    .name = "svc_pvr_get_progress",
+    .call =
+        [](std::ostream &outputs) {
+            int out_result = -77;
+            std::int64_t relative = -77;
+            std::int64_t absolute = -77;
+            const int returned = svc_pvr_get_progress(7, &out_result, &relative, &absolute);
+            outputs << out_result << "|" << relative << "|" << absolute;
+            return returned;
+        },
+    .untouched = "-77|-77|-77",
+    .entry = entry("[handle:7]"),
+    .is_checked = true,
+    .request = request("get_progress", "i", "(7,)"),
+    .result = Result::is_published,
+    .outcomes = {{"(1, int64 4294967297, int64 -9223372036854775808, 1)", 0, "1|4294967297|-9223372036854775808", {}},
+                 {"(-2, int64 0, int64 1, 0)", 0, "-2|0|1", {}},
+                 {"(3, int64 -1, int64 9223372036854775807, -2)", 0, "3|-1|9223372036854775807", {}}},
+    .call_with_null_outputs = [] { return svc_pvr_get_progress(7, nullptr, nullptr, nullptr); },
+};
+
 } // namespace
 
-INSTANTIATE_TEST_SUITE_P(Status, RemoteCalls, testing::Values(get_channel_info, set_share_data), name_of);
+INSTANTIATE_TEST_SUITE_P(Status, RemoteCalls,
+                         testing::Values(get_channel_info, get_progress, get_pvr_state, set_share_data), name_of);
 
 // One program asks only once it has been told, so each answer has a program of its own.
 INSTANTIATE_TEST_SUITE_P(

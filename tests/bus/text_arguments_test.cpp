@@ -25,7 +25,7 @@ class TextArguments : public testing::TestWithParam<TextArgument> {
 protected:
     void SetUp() override
     {
-        for (const char *method : {"play_start", "sync_stop_playing", "remove_inf"})
+        for (const char *method : {"play_start", "play_stop_by_uri", "sync_stop_playing", "remove_inf"})
             service.script(method, answers("(0,)"));
         ASSERT_EQ(svc_pvr_service_init(), PS_SESSION_READY);
         logged();
@@ -75,6 +75,10 @@ INSTANTIATE_TEST_SUITE_P(
     All, TextArguments,
     testing::Values(TextArgument{"svc_pvr_play_start", "play_start", 2,
                                  [](const char *text) { return svc_pvr_play_start(1, text, 0); }, ""},
+                    TextArgument{"svc_pvr_play_stop_by_uri", "play_stop_by_uri", 1,
+                                 [](const char *text) { return svc_pvr_play_stop_by_uri(text); }, ""},
+                    TextArgument{"svc_pvr_stop_playing_sync_ex", "sync_stop_playing", 1,
+                                 [](const char *text) { return svc_pvr_stop_playing_sync_ex(text, 0); }, ""},
                     TextArgument{"svc_pvr_stop_playing_sync", "sync_stop_playing", 1,
                                  [](const char *text) { return svc_pvr_stop_playing_sync(text); }, ""},
                     TextArgument{"svc_pvr_stop_pvr_sync", "sync_stop_pvr", 2,
