@@ -6,8 +6,7 @@ if(PVR_PLATFORM STREQUAL "host")
     set_target_properties(pvr-service-api PROPERTIES INSTALL_RPATH "$ORIGIN")
 endif()
 install(TARGETS pvr-service-api EXPORT pvr-service-api LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-install(FILES include/pvr_service_api.h include/pvr_records.h include/pvr_events.h
-    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
 install(FILES interface/org.vexan.tv.pvr.conf DESTINATION ${CMAKE_INSTALL_DATADIR}/dbus-1/system.d)
 
 # The pkg-config file finds its prefix from where it lies, at whatever depth a distribution keeps its

@@ -204,6 +204,10 @@ typedef enum ps_os_error_e {
     PS_MATH_RESULT_NOT_REPRESENTABLE = 34
 } ps_os_error_e;
 
+/** Takes a highlight of a programme. */
+typedef void (*autohighlight_cb)(int event, int iIndex, long lStartTime, long lEndTime, unsigned char *pThumbnail,
+                                 int nThumbnailSize);
+
 /** Takes a state change or notification by value, with the user data it was registered with. */
 typedef void (*pvr_signal_cb)(pvr_service_signal signal, void *user_data);
 

@@ -24,6 +24,21 @@ typedef struct PVR_PACKED device_info {
     int64_t avail_size;     /**< free space, in the same unit */
 } device_info;
 
+/** What a storage device holds, 16 bytes. */
+typedef struct PVR_PACKED rec_dev_capacity {
+    int64_t available_size; /**< free space, in the service's unit; the development service uses MiB (2^20 bytes) */
+    int64_t total_size;     /**< in the same unit */
+} rec_dev_capacity;
+
+/** A running recording, 20 bytes. */
+typedef struct PVR_PACKED pvr_recording_info {
+    uint32_t low_word;  /**< lower half of a 64-bit value; the development service gives the service id */
+    uint32_t high_word; /**< upper half of that value */
+    int32_t opaque_8;   /**< the development service gives the kind of recording (ps_record_type_e) */
+    int32_t opaque_12;  /**< the development service gives its state (ps_record_state_e) */
+    int32_t opaque_16;  /**< the development service gives the seconds recorded so far */
+} pvr_recording_info;
+
 /**
  * A broadcast channel and the programme on it, 526 bytes. Pass a zeroed record: the two texts are
  * copied without a terminator, and a field that the service did not send is left as it was.
@@ -37,6 +52,64 @@ typedef struct PVR_PACKED channel_info {
     char channel_name[255];  /**< UTF-8, at most 254 bytes, no NUL added; a cut may split a character */
     char program_title[255]; /**< UTF-8, at most 254 bytes, no NUL added; a cut may split a character */
 } channel_info;
+
+/**
+ * What the info file beside a recording says, 10905 bytes, byte for byte the current generation of that file.
+ * Check get_size_of_pvr_file_info() against sizeof.
+ */
+typedef struct PVR_PACKED pvr_file_info_s {
+    uint16_t version;         /**< of the layout; 20 as the writer stamps it */
+    char channel_name[256];   /**< UTF-8, NUL-terminated */
+    char programe_title[256]; /**< UTF-8, NUL-terminated */
+    char channel_num[256];    /**< the channel number as text */
+    int32_t reserved_770;
+    int32_t reserved_774;
+    uint32_t
+        start_time; /**< of the recording, in the service's unit; the development service uses seconds since 1970 UTC */
+    uint32_t duration;        /**< milliseconds */
+    uint32_t resume_play_pos; /**< where playback was left, milliseconds */
+    uint32_t opaque_790;
+    uint32_t nThumbnailType; /**< 0 video, 1 audio only */
+    uint32_t video_pid;
+    uint32_t PCR_pid;
+    uint32_t audio_pid;
+    uint32_t opaque_810;
+    uint16_t program_num;
+    uint16_t opaque_816;
+    uint16_t major; /**< major channel number */
+    uint16_t minor; /**< minor channel number */
+    uint16_t opaque_822;
+    uint16_t channel_type;
+    uint8_t opaque_826[256];
+    uint32_t opaque_1082[4];
+    uint8_t opaque_1098[150];
+    uint8_t opaque_1248[4096];
+    uint8_t opaque_5344[256];
+    uint32_t opaque_5600[4];
+    uint32_t flag_HD;  /**< only the low 16 bits count */
+    uint32_t flag_TTX; /**< teletext; only the low 16 bits count */
+    uint32_t opaque_5624;
+    uint8_t opaque_5628[510];
+    uint32_t opaque_6138;
+    uint16_t rating;
+    uint8_t opaque_6144[14];
+    uint16_t repeat_type;
+    uint16_t opaque_6160;
+    uint32_t video_type;
+    uint32_t audio_type;
+    uint32_t opaque_6170[2];
+    uint8_t opaque_6178[80];
+    uint16_t opaque_6258;
+    uint8_t content_version; /**< 1 for an ATSC 3.0 recording */
+    uint8_t opaque_6261[256];
+    uint32_t opaque_6517[3];
+    uint16_t opaque_6529;
+    uint8_t opaque_6531[4096];
+    uint16_t record_complete; /**< 0 while it is being recorded or was cut off, 1 when it is complete */
+    uint8_t opaque_10629[16];
+    uint16_t incomplete_reason; /**< 5: it was cut off and nobody records it any more; other codes are the service's */
+    uint8_t opaque_10647[258];
+} pvr_file_info_s;
 
 /** A state change or notification, 291 bytes. Check get_size_of_pvr_service_signal() against sizeof. */
 typedef struct PVR_PACKED pvr_service_signal {

@@ -27,6 +27,13 @@ Call::Call(Here here) noexcept : Call(here, check_owner(here), true)
 
 Call Call::on_existing_session(Here here) noexcept { return {here, check_owner(here), false}; }
 
+int Call::session_rule() const noexcept
+{
+    if (code_ != PS_SUCCESS)
+        return code_;
+    return session() ? PS_SUCCESS : PS_CALL_METHOD_FAILED;
+}
+
 OwnedProxy Call::session() const noexcept { return is_lazy_ ? acquire_session(here_) : existing_session(here_); }
 
 bool Call::is_sendable(const char *method, int position, const char *text) const noexcept

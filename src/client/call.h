@@ -90,6 +90,9 @@ public:
     /// Success whenever the call itself succeeded, whatever the service's result.
     int transport_rule() const noexcept { return is_delivered_ ? PS_SUCCESS : PS_CALL_METHOD_FAILED; }
 
+    /// The service's result, for a row that logs it; meaningless when the call was not delivered.
+    int result() const noexcept requires HasResult { return result_; }
+
     /// The answer itself is returned.
     int value_rule(int value) const noexcept { return is_delivered_ ? value : PS_CALL_METHOD_FAILED; }
 
@@ -139,6 +142,9 @@ public:
     /// Whether the call may go on; code() is to be returned when it may not.
     explicit operator bool() const noexcept { return code_ == PS_SUCCESS; }
     int code() const noexcept { return code_; }
+
+    /// For a call that asks the service nothing: success when it could, as far as the session goes.
+    int session_rule() const noexcept;
 
     /// Refuses a call for what its log line says.
     static int refused(Here) noexcept { return PS_CALL_METHOD_FAILED; }

@@ -36,6 +36,13 @@ inline void copy_text(char *to, const OwnedText &text) noexcept
         to[copy_bytes(to, text.get(), 254)] = '\0';
 }
 
+/// The one buffer of 256 bytes: 255 bytes of text and a NUL.
+inline void copy_long_text(char *to, const OwnedText &text) noexcept
+{
+    if (to != nullptr)
+        to[copy_bytes(to, text.get(), 255)] = '\0';
+}
+
 /// A record's text field: as many bytes as fit, and a NUL.
 template <std::size_t size>
 void copy_field(char (&field)[size], const char *text) noexcept

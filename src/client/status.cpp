@@ -1,9 +1,8 @@
-// Queries about state, channels and services, and the values that applications share.
+// What the service is doing: recording, timeshift and playback; and the values that applications share.
 #include "client/call.h"
 
+#include <atomic>
 #include <cinttypes>
-#include <concepts>
-#include <optional>
 
 using namespace pvr;
 
@@ -12,90 +11,113 @@ namespace {
 /// The service's answer to svc_pvr_is_support_pvr once it was other than 0, which is never asked again.
 constinit std::atomic<int> support_answer{0};
 
-/// Takes the elements of an "a(v)" one after the other, as long as each has the type asked for.
-class VariantReader {
-public:
-    explicit VariantReader(const OwnedVariant &array) noexcept : array_(array.get()) {}
-
-    template <typename T>
-    std::optional<T> next() noexcept
-    {
-        if (index_ >= g_variant_n_children(array_))
-            return {};
-        g_variant_get_child(array_, index_++, "(v)", element_.slot());
-        if constexpr (std::same_as<T, int>) {
-            if (g_variant_is_of_type(element_.get(), G_VARIANT_TYPE_INT32) != FALSE)
-                return g_variant_get_int32(element_.get());
-        } else if constexpr (std::same_as<T, std::uint32_t>) {
-            if (g_variant_is_of_type(element_.get(), G_VARIANT_TYPE_UINT32) != FALSE)
-                return g_variant_get_uint32(element_.get());
-        } else {
-            static_assert(std::same_as<T, const char *>);
-            if (g_variant_is_of_type(element_.get(), G_VARIANT_TYPE_STRING) != FALSE)
-                return g_variant_get_string(element_.get(), nullptr);
-        }
-        return {};
-    }
-
-private:
-    GVariant *array_;
-    gsize index_ = 0;
-    OwnedVariant element_; ///< keeps the text that next handed out
-};
-
-/// Stores the fields in order; the first that cannot be read ends the decoding.
-void store_channel_info(Here here, const OwnedVariant &array, channel_info &info) noexcept
-{
-    VariantReader reader(array);
-    const auto major = reader.next<int>();
-    if (!major)
-        return;
-    info.major = *major;
-    PLAIN_INFO_AT(here, "major [%d]\n", *major);
-
-    const auto minor = reader.next<int>();
-    if (!minor)
-        return;
-    info.minor = *minor;
-    PLAIN_INFO_AT(here, "minor [%d]\n", *minor);
-
-    const auto start_time = reader.next<std::uint32_t>();
-    if (!start_time)
-        return;
-    info.start_time = *start_time;
-    PLAIN_INFO_AT(here, "start time [%ld]\n", static_cast<long>(*start_time));
-
-    const auto end_time = reader.next<std::uint32_t>();
-    if (!end_time)
-        return;
-    info.end_time = *end_time;
-    PLAIN_INFO_AT(here, "end time [%ld]\n", static_cast<long>(*end_time));
-
-    const auto channel_name = reader.next<const char *>();
-    if (!channel_name)
-        return;
-    copy_bytes(info.channel_name, *channel_name, 254); // deliberately without a terminator
-    PLAIN_INFO_AT(here, "channel name [%s]\n", *channel_name);
-
-    const auto program_title = reader.next<const char *>();
-    if (!program_title)
-        return;
-    copy_bytes(info.program_title, *program_title, 254); // deliberately without a terminator
-    PLAIN_INFO_AT(here, "program title [%s]\n", *program_title);
-}
-
 } // namespace
 
-int svc_pvr_get_channel_info(std::uint64_t service_id, channel_info *info) noexcept
+// ---- recording and timeshift
+
+int svc_pvr_is_recording(std::uint64_t service_id, int *result) noexcept
 {
     Call call(ENTRY("[service_id:%" PRIu64 "]\n", service_id));
-    OwnedVariant fields;
-    auto answer = call.remote(wire::get_channel_info, service_id, &fields, service_result);
-    if (!answer)
-        return answer.transport_rule();
-    if (info == nullptr || !fields)
-        return call.refused(PLAIN_FAILURE("[return PS_CALL_METHOD_FAILED]\n"));
-    store_channel_info(Here(), fields, *info);
+    int value = 0;
+    auto answer = call.remote(wire::is_recording, service_id, &value);
+    if (answer) {
+        write_out(result, value);
+        INFO(" Method: svc_pvr_is_recording is called with [service_id:%" PRIu64 " result:%d]\n", service_id, value);
+    }
+    return answer.transport_rule();
+}
+
+int svc_pvr_is_timer_recording(std::uint64_t service_id, int *result) noexcept
+{
+    Call call(ENTRY("[service_id:%" PRIu64 "]\n", service_id));
+    int value = 0;
+    auto answer = call.remote(wire::is_timer_recording, service_id, &value);
+    if (answer) {
+        write_out(result, value);
+        INFO(" Method: svc_pvr_is_recording is called with [service_id:%" PRIu64 " result:%d]\n", service_id,
+             value); // deliberately the other call's name
+    }
+    return answer.transport_rule();
+}
+
+int svc_pvr_is_timeshifting(std::uint64_t service_id, int *result) noexcept
+{
+    Call call(ENTRY("[service_id:%" PRIu64 "]\n", service_id));
+    int value = 0;
+    auto answer = call.remote(wire::is_timeshifting, service_id, &value);
+    if (answer) {
+        write_out(result, value);
+        INFO(" Method: svc_pvr_is_timeshifting is called with [service_id:%" PRIu64 " result:%d]\n", service_id, value);
+    }
+    return answer.transport_rule();
+}
+
+int svc_pvr_is_recording_now(int *result) noexcept
+{
+    Call call(ENTRY("\n"));
+    int value = 0;
+    auto answer = call.remote(wire::is_recording_now, &value);
+    if (answer)
+        write_out(result, value);
+    return answer.transport_rule();
+}
+
+int svc_pvr_is_timeshifting_now(int *result) noexcept
+{
+    Call call(ENTRY("\n"));
+    int value = 0;
+    auto answer = call.remote(wire::is_timeshifting_now, &value);
+    if (answer)
+        write_out(result, value);
+    return answer.transport_rule();
+}
+
+int svc_pvr_is_recording_with_main_tuner(std::uint64_t service_id, int *result) noexcept
+{
+    Call call(ENTRY("[service_id:%" PRIu64 "]\n", service_id));
+    int value = 0;
+    auto answer = call.remote(wire::is_recording_with_main_tuner, service_id, &value);
+    if (answer) {
+        write_out(result, value);
+        INFO("[service_id:%" PRIu64 "] [result:%d]\n", service_id, value);
+    }
+    return answer.transport_rule();
+}
+
+int svc_pvr_is_past_record_complete(std::uint64_t service_id, int *result) noexcept
+{
+    Call call(ENTRY("[service_id:%" PRIu64 "]\n", service_id));
+    int value = 0;
+    auto answer = call.remote(wire::is_past_record_complete, service_id, &value);
+    if (answer)
+        write_out(result, value);
+    return answer.transport_rule();
+}
+
+int svc_pvr_get_record_state_by_service_id(std::uint64_t service_id, int *state, int *is_timeshift) noexcept
+{
+    Call call(ENTRY("[service_id:%" PRIu64 "]\n", service_id));
+    int record_state = 0;
+    int timeshift = 0;
+    auto answer = call.remote(wire::get_record_state_by_service_id, service_id, &record_state, &timeshift, service_result);
+    if (answer) {
+        write_out(state, record_state);
+        write_out(is_timeshift, timeshift);
+    }
+    return answer.zero_rule();
+}
+
+// ---- playback
+
+int svc_pvr_is_playing_multimedia(int *result) noexcept
+{
+    Call call(ENTRY("\n"));
+    int value = 0;
+    auto answer = call.remote(wire::is_playing_multimedia, &value);
+    if (answer) {
+        write_out(result, value);
+        INFO(" is_playing_multimedia [result:%d]\n", value);
+    }
     return answer.transport_rule();
 }
 
@@ -109,6 +131,16 @@ int svc_pvr_get_pvr_state(int *play_state, int *record_state) noexcept
         write_out(play_state, play);
         write_out(record_state, record);
     }
+    return answer.transport_rule();
+}
+
+int svc_pvr_get_play_state_by_service_id(std::uint64_t service_id, int *state) noexcept
+{
+    Call call(ENTRY("[service_id:%" PRIu64 "]\n", service_id));
+    int play_state = 0;
+    auto answer = call.remote(wire::get_play_state_by_service_id, service_id, &play_state);
+    if (answer)
+        write_out(state, play_state);
     return answer.transport_rule();
 }
 
@@ -126,6 +158,35 @@ int svc_pvr_get_progress(int handle, int *out_result, std::int64_t *relative_sec
         write_out(absolute_second, absolute);
     }
     return answer.transport_rule();
+}
+
+int svc_pvr_get_progress_by_service_id(std::uint64_t service_id, int *out_result, std::int64_t *relative_second,
+                                       std::int64_t *absolute_second) noexcept
+{
+    Call call(ENTRY("[service_id:%" PRIu64 "]\n", service_id));
+    int outcome = 0;
+    std::int64_t relative = 0;
+    std::int64_t absolute = 0;
+    auto answer =
+        call.remote(wire::get_progress_by_service_id, service_id, &outcome, &relative, &absolute, service_result);
+    if (answer) {
+        write_out(out_result, outcome);
+        write_out(relative_second, relative);
+        write_out(absolute_second, absolute);
+    }
+    return answer.transport_rule();
+}
+
+// ---- shared values, and the service itself
+
+int svc_pvr_get_share_data(int share_data_type, std::int64_t *value) noexcept
+{
+    Call call(ENTRY("[share_data_type:%d]\n", share_data_type));
+    std::int64_t shared = 0;
+    auto answer = call.remote(wire::get_share_data, share_data_type, &shared, service_result);
+    if (answer)
+        write_out(value, shared);
+    return answer.one_is_success_rule();
 }
 
 int svc_pvr_set_share_data(int share_data_type, std::int64_t share_data_value) noexcept

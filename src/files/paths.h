@@ -1,9 +1,31 @@
-// Which paths name a recording or a file beside it.
+// Which paths name a recording, how the files beside it are named, and how large a file is.
 #pragma once
+
+#include <cstddef>
 
 namespace pvr {
 
 /// 1 for a path that ends in .srf, .inf or .tmp (case matters), else 0 with a log line that says why.
 int _is_valid_pvr_srf_inf_file(const char *path) noexcept;
+
+/// The path of a file beside a recording. Paths are cut at 255 bytes, before the name is made of them.
+class SidePath {
+public:
+    static constexpr std::size_t capacity = 256;
+
+    /// The path with its last three characters overwritten, whatever they are: the extension is not parsed,
+    /// and what was cut is cut. A path of fewer characters stays as it is.
+    static SidePath with_extension(const char *path, const char (&extension)[4]) noexcept;
+    /// The path with something appended, as in ".bak" and ".cft".
+    static SidePath with_suffix(const char *path, const char *suffix) noexcept;
+
+    const char *c_str() const noexcept { return text_; }
+
+private:
+    char text_[capacity] = {};
+};
+
+/// The size of a file in bytes; 0 for an empty one, -1 for one that cannot be opened or measured.
+long _get_file_size(const char *path) noexcept;
 
 } // namespace pvr

@@ -33,9 +33,9 @@ def expected():
         f"{lib}/cmake/pvr-service-api/pvr-service-api-config.cmake": None,
         f"{lib}/cmake/pvr-service-api/pvr-service-api-config-BUILDTYPE.cmake": None,
         f"{lib}/cmake/pvr-service-api/pvr-service-api-config-version.cmake": None,
-        f"{include}/pvr_events.h": None,
-        f"{include}/pvr_records.h": None,
-        f"{include}/pvr_service_api.h": None,
+        **{f"{include}/pvr_{name}.h": None
+           for name in ("base", "events", "legacy", "playback", "recording", "records", "service_api", "status",
+                        "storage")},
         f"{data}/dbus-1/system.d/org.vexan.tv.pvr.conf": None,
     }
     for name in "dlog", "system_info", "ca_service":

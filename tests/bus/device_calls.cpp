@@ -1,8 +1,10 @@
-#include "bus/remote_call.h"
+#include "bus/row_shapes.h"
 #include "pvr_service_api.h"
 
 #include <cstring>
+#include <gtest/gtest.h>
 #include <ostream>
+#include <vector>
 
 using namespace support;
 using Result = RemoteCall::Result;
@@ -71,23 +73,85 @@ const RemoteCall get_default_rec_device{
     .call_with_null_outputs = [] { return svc_pvr_get_default_rec_device(nullptr); },
 };
 
-const RemoteCall remove_inf{
-    .name = "svc_pvr_remove_inf",
-    .call = [](std::ostream &) { return svc_pvr_remove_inf("/m/a.inf", 2); },
-    .untouched = "",
-    .entry = entry("[file_path:/m/a.inf][mode:2]"),
+const RemoteCall get_rec_dev_capacity{
+    .name = "svc_pvr_get_rec_dev_capacity",
+    .call =
+        [](std::ostream &outputs) {
+            rec_dev_capacity capacity{-77, -78};
+            const int returned = svc_pvr_get_rec_dev_capacity(9, &capacity);
+            outputs << capacity.available_size << "|" << capacity.total_size;
+            return returned;
+        },
+    .untouched = "-77|-78",
+    .entry = entry("[dev_handle:9]"),
     .is_checked = true,
-    .request = request("remove_inf", "si", "('/m/a.inf', 2)"),
-    .result = Result::is_published,
-    .outcomes = {{"(1,)", 0, "", {info(" The inf file removed success!")}},
-                 {"(-1,)", 0, "", {info(" The inf file removed success!")}}},
-    .call_with_null_outputs = {},
+    .request = request("get_rec_dev_capacity", "", "()"),
+    .result = Result::is_the_answer,
+    .outcomes = {{"(int64 4294967297, int64 -1)", 0, "4294967297|-1", {}}},
+    .call_with_null_outputs = [] { return svc_pvr_get_rec_dev_capacity(9, nullptr); },
 };
+
+/// The names that are only logged.
+RemoteCall get_rec_dev_name()
+{
+    RemoteCall row = control(
+        "svc_pvr_get_rec_dev_name", [] { return svc_pvr_get_rec_dev_name(-9); }, "[device_key:-9]",
+        request("get_rec_dev_name", "i", "(-9,)"));
+    row.outcomes.clear();
+    for (const std::string &name : {std::string("Stick %n ä"), std::string(), long_name, std::string(100'000, 'n')})
+        row.outcomes.push_back({"('" + name + "', 1)", 0, "", {info(" get name: " + name)}});
+    return row;
+}
+
+RemoteCall get_default_rec_dev_name()
+{
+    RemoteCall row = text("svc_pvr_get_default_rec_dev_name", svc_pvr_get_default_rec_dev_name, "",
+                          request("get_rec_device_name", "", "()"), 255, Beside::result);
+    for (Outcome &outcome : row.outcomes)
+        if (outcome.outputs.empty())
+            outcome.lines = {info(" dev_name is null")};
+    return row;
+}
+
+// clang-format off
+const std::vector<RemoteCall> rows{
+    number("svc_pvr_get_dev_total", svc_pvr_get_dev_total, "", request("get_dev_total", "", "()"), Beside::result,
+           {info(", dev_total[%]")}),
+    number("svc_pvr_get_rec_dev_total", svc_pvr_get_rec_dev_total, "", request("get_record_dev_total", "", "()"),
+           Beside::result, {info(", rec_dev_total[%]")}),
+    text("svc_pvr_get_rec_product_name", [](char *name) { return svc_pvr_get_rec_product_name("/m/%s", name); },
+         "[mnt_path:/m/%s]", request("get_product_name", "s", "('/m/%s',)"), 255),
+    control("svc_pvr_set_default_rec_device", [] { return svc_pvr_set_default_rec_device(9); },
+            "[dev_handle:9]", request("set_default_rec_device", "i", "(9,)")),
+    number("svc_pvr_get_next_def_rec_dev", svc_pvr_get_next_def_rec_dev, "", request("get_next_def_rec_dev", "", "()"),
+           Beside::result),
+    number("svc_pvr_get_potential_rec_dev", svc_pvr_get_potential_rec_dev, "",
+           request("get_potential_rec_dev", "", "()"), Beside::result),
+    number("svc_pvr_is_exist_rec_device", svc_pvr_is_exist_rec_device, "", request("is_exist_rec_device", "", "()")),
+    number("svc_pvr_is_available", svc_pvr_is_available, "", request("is_available", "", "()")),
+    control("svc_pvr_check_device", [] { return svc_pvr_check_device(9); },
+            "[dev_handle:9]", request("check_device", "i", "(9,)")),
+    control("svc_pvr_format", [] { return svc_pvr_format(9, -1); },
+            "[dev_handle:9][dev_type:-1]", request("format", "ii", "(9, -1)"), Rule::zero,
+            {info(" format done g_result:%")}),
+    control("svc_pvr_start_performance_test", [] { return svc_pvr_start_performance_test(9); },
+            "[dev_handle:9]", request("start_performance_test", "i", "(9,)"), Rule::zero),
+    number("svc_pvr_get_performance_test_result", [](int *out) { return svc_pvr_get_performance_test_result(9, out); },
+           "[dev_handle:9]", request("get_performance_test_result", "i", "(9,)")),
+    // the service is asked about device 0, whatever the caller asks
+    control("svc_pvr_is_need_performance_test", [] { return svc_pvr_is_need_performance_test(5); },
+            "[dev_handle:5]", request("is_need_performance_test", "i", "(0,)"), Rule::one_is_success),
+};
+// clang-format on
 
 } // namespace
 
-INSTANTIATE_TEST_SUITE_P(Devices, RemoteCalls, testing::Values(get_device_info, get_default_rec_device, remove_inf),
-                         name_of);
+std::vector<RemoteCall> device_calls()
+{
+    return joined({rows,
+                   {get_device_info, get_default_rec_device, get_rec_dev_capacity, get_rec_dev_name(),
+                    get_default_rec_dev_name()}});
+}
 
 TEST(GetDeviceInfo, RefusesANullRecordOnceTheServiceHasAnswered)
 {
@@ -100,15 +164,15 @@ TEST(GetDeviceInfo, RefusesANullRecordOnceTheServiceHasAnswered)
     EXPECT_EQ(logged_lines().back(), plain_entry("[PS_CALL_METHOD_FAILED][info == NULL]"));
 }
 
-TEST(RemoveInf, RefusesAPathThatIsNoRecording)
+TEST(GetRecProductName, RefusesANullMountPath)
 {
     ScriptedService service;
     ASSERT_EQ(svc_pvr_service_init(), PS_SESSION_READY);
-    for (const char *path : {static_cast<const char *>(nullptr), "", "inf", "/m/a.INF", "/m/a.bak", "/m/inf"}) {
-        logged();
-        EXPECT_EQ(svc_pvr_remove_inf(path, 0), PS_CALL_METHOD_FAILED);
-        const std::string shown = path != nullptr ? path : "(null)";
-        EXPECT_EQ(logged_lines().back(), failure(" file_path[" + shown + "] is invalid pvr inf file"));
-    }
+    logged();
+    char name[255] = "untouched";
+    EXPECT_EQ(svc_pvr_get_rec_product_name(nullptr, name), PS_CALL_METHOD_FAILED);
+    EXPECT_STREQ(name, "untouched");
+    EXPECT_EQ(logged_lines(),
+              (Lines{entry("[mnt_path:(null)]"), detail(support_line(1)), failure(" The mnt_path is null")}));
     EXPECT_EQ(service.requests(), std::vector<Request>());
 }

@@ -6,7 +6,6 @@
 #include "support/scripted_service.h"
 
 #include <functional>
-#include <gtest/gtest.h>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -30,13 +29,23 @@ struct RemoteCall {
     enum class Result { is_published, is_the_answer } result;
     std::vector<Outcome> outcomes;
     std::function<int()> call_with_null_outputs; ///< empty for a call without outputs
+    std::string variant = {};                    ///< tells rows of one function apart
 };
 
 std::ostream &operator<<(std::ostream &, const RemoteCall &);
 
-class RemoteCalls : public testing::TestWithParam<RemoteCall> {};
+// The rows of each family.
+std::vector<RemoteCall> channel_calls();
+std::vector<RemoteCall> device_calls();
+std::vector<RemoteCall> list_calls();
+std::vector<RemoteCall> playback_calls();
+std::vector<RemoteCall> recording_calls();
+std::vector<RemoteCall> recording_files_calls();
+std::vector<RemoteCall> recording_state_calls();
+std::vector<RemoteCall> status_calls();
 
-inline std::string name_of(const testing::TestParamInfo<RemoteCall> &info) { return info.param.name; }
+/// Joins rows of several kinds.
+std::vector<RemoteCall> joined(std::vector<std::vector<RemoteCall>> groups);
 
 /// Prints a text buffer up to its NUL.
 std::string text_of(const char *buffer, std::size_t size);

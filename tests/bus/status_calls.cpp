@@ -1,120 +1,49 @@
-#include "bus/remote_call.h"
+#include "bus/row_shapes.h"
 #include "pvr_service_api.h"
 
-#include <cinttypes>
-#include <cstring>
+#include <functional>
+#include <gtest/gtest.h>
 #include <ostream>
+#include <utility>
+#include <vector>
 
 using namespace support;
 using Result = RemoteCall::Result;
 
 namespace {
 
-constexpr std::uint64_t beyond_63_bits = 0xfedcba9876543210;
+const std::string wide = "[service_id:" + wide_id_text + "]";
+const std::string wide_argument = "(uint64 " + wide_id_text + ",)";
 
-std::ostream &operator<<(std::ostream &out, const channel_info &info)
+/// The line of the queries that name what they ask.
+Lines called(const std::string &name)
 {
-    return out << info.major << "|" << info.minor << "|" << info.start_time << "|" << info.end_time << "|"
-               << text_of(info.channel_name, sizeof info.channel_name) << "|"
-               << text_of(info.program_title, sizeof info.program_title);
+    return {info(" Method: " + name + " is called with [service_id:" + wide_id_text + " result:%]")};
 }
 
-/// The lines of the first fields that could be read.
-Lines channel_lines(std::size_t count, const std::string &name = "Eins", const std::string &title = "News ä")
-{
-    const Lines all{plain_info("major [5]"),
-                    plain_info("minor [-1]"),
-                    plain_info("start time [4294967295]"),
-                    plain_info("end time [7]"),
-                    plain_info("channel name [" + name + "]"),
-                    plain_info("program title [" + title + "]")};
-    return {all.begin(), all.begin() + static_cast<Lines::difference_type>(count)};
-}
-
-Outcome channel_outcome(const std::string &elements, const std::string &stored, Lines lines)
-{
-    return {"(@a(v) [" + elements + "], 0)", 0, stored, std::move(lines)};
-}
-
-const std::string long_name(300, 'c');
-
-const RemoteCall get_channel_info{
-    .name = "svc_pvr_get_channel_info",
-    .call =
-        [](std::ostream &outputs) {
-            channel_info info{};
-            const int returned = svc_pvr_get_channel_info(beyond_63_bits, &info);
-            outputs << info;
-            return returned;
-        },
-    .untouched = "0|0|0|0||",
-    .entry = entry("[service_id:18364758544493064720]"),
-    .is_checked = true,
-    .request = request("get_channel_info", "t", "(uint64 18364758544493064720,)"),
-    .result = Result::is_published,
-    .outcomes =
-        {
-            channel_outcome("(<5>,), (<-1>,), (<uint32 4294967295>,), (<uint32 7>,), (<'Eins'>,), (<'News ä'>,)",
-                            "5|-1|4294967295|7|Eins|News ä", channel_lines(6)),
-            channel_outcome(
-                "(<5>,), (<-1>,), (<uint32 4294967295>,), (<uint32 7>,), (<'Eins'>,), (<'News ä'>,), (<1>,)",
-                "5|-1|4294967295|7|Eins|News ä", channel_lines(6)),
-            channel_outcome("(<5>,), (<-1>,), (<uint32 4294967295>,), (<uint32 7>,), (<'" + long_name + "'>,), (<'" +
-                                long_name + "'>,)",
-                            "5|-1|4294967295|7|" + long_name.substr(0, 254) + "|" + long_name.substr(0, 254),
-                            channel_lines(6, long_name, long_name)),
-            channel_outcome("", "0|0|0|0||", {}),
-            channel_outcome("(<5>,)", "5|0|0|0||", channel_lines(1)),
-            channel_outcome("(<'5'>,), (<-1>,)", "0|0|0|0||", {}),
-            channel_outcome("(<5>,), (<int64 1>,), (<uint32 1>,)", "5|0|0|0||", channel_lines(1)),
-            channel_outcome("(<5>,), (<-1>,), (<4>,)", "5|-1|0|0||", channel_lines(2)),
-            channel_outcome("(<5>,), (<-1>,), (<uint32 4294967295>,), (<byte 7>,)", "5|-1|4294967295|0||",
-                            channel_lines(3)),
-            channel_outcome("(<5>,), (<-1>,), (<uint32 4294967295>,), (<uint32 7>,), (<b'Eins'>,), (<'x'>,)",
-                            "5|-1|4294967295|7||", channel_lines(4)),
-            channel_outcome("(<5>,), (<-1>,), (<uint32 4294967295>,), (<uint32 7>,), (<'Eins'>,), (<<'x'>>,)",
-                            "5|-1|4294967295|7|Eins|", channel_lines(5)),
-        },
-    .call_with_null_outputs = {}, // null is refused: see below
+// clang-format off
+const std::vector<RemoteCall> rows{
+    number("svc_pvr_is_recording", [](int *out) { return svc_pvr_is_recording(wide_id, out); },
+           wide, request("is_recording", "t", wide_argument), Beside::nothing, called("svc_pvr_is_recording")),
+    number("svc_pvr_is_timer_recording", [](int *out) { return svc_pvr_is_timer_recording(wide_id, out); },
+           wide, request("is_timer_recording", "t", wide_argument), Beside::nothing, called("svc_pvr_is_recording")),
+    number("svc_pvr_is_timeshifting", [](int *out) { return svc_pvr_is_timeshifting(wide_id, out); },
+           wide, request("is_timeshifting", "t", wide_argument), Beside::nothing, called("svc_pvr_is_timeshifting")),
+    number("svc_pvr_is_recording_now", svc_pvr_is_recording_now, "", request("is_recording_now", "", "()")),
+    number("svc_pvr_is_timeshifting_now", svc_pvr_is_timeshifting_now, "", request("is_timeshifting_now", "", "()")),
+    number("svc_pvr_is_recording_with_main_tuner", [](int *out) { return svc_pvr_is_recording_with_main_tuner(wide_id, out); },
+           wide, request("is_recording_with_main_tuner", "t", wide_argument), Beside::nothing, {info(wide + " [result:%]")}),
+    number("svc_pvr_is_past_record_complete", [](int *out) { return svc_pvr_is_past_record_complete(wide_id, out); },
+           wide, request("is_past_record_complete", "t", wide_argument)),
+    number("svc_pvr_is_playing_multimedia", svc_pvr_is_playing_multimedia, "", request("is_playing_multimedia", "", "()"),
+           Beside::nothing, {info(" is_playing_multimedia [result:%]")}),
+    number("svc_pvr_get_play_state_by_service_id", [](int *out) { return svc_pvr_get_play_state_by_service_id(wide_id, out); },
+           wide, request("get_play_state_by_service_id", "t", wide_argument)),
+    control("svc_pvr_set_share_data", [] { return svc_pvr_set_share_data(3, -2); },
+            "[share_data_type:3][share_data_value:-2]", request("set_share_data", "it", "(3, uint64 18446744073709551614)"),
+            Rule::one_is_success),
 };
-
-const RemoteCall set_share_data{
-    .name = "svc_pvr_set_share_data",
-    .call = [](std::ostream &) { return svc_pvr_set_share_data(3, -2); },
-    .untouched = "",
-    .entry = entry("[share_data_type:3][share_data_value:-2]"),
-    .is_checked = true,
-    .request = request("set_share_data", "it", "(3, uint64 18446744073709551614)"),
-    .result = Result::is_published,
-    .outcomes = {{"(1,)", 0, "", {info(" [g_result:1]")}},
-                 {"(0,)", -2, "", {info(" [g_result:0]")}},
-                 {"(2,)", -2, "", {info(" [g_result:2]")}},
-                 {"(-1,)", -2, "", {info(" [g_result:-1]")}}},
-    .call_with_null_outputs = {},
-};
-
-RemoteCall is_support_pvr(std::vector<Outcome> outcomes)
-{
-    return {
-        .name = "svc_pvr_is_support_pvr",
-        .call =
-            [](std::ostream &outputs) {
-                int supported = -77;
-                const int returned = svc_pvr_is_support_pvr(&supported);
-                outputs << supported;
-                return returned;
-            },
-        .untouched = "-77",
-        .entry = entry(""),
-        .is_checked = false,
-        .request = request("is_support_pvr", "", "()"),
-        .result = Result::is_the_answer,
-        .outcomes = std::move(outcomes),
-        .call_with_null_outputs = [] { return svc_pvr_is_support_pvr(nullptr); },
-    };
-}
-
-const Outcome refused{"(0,)", PS_FACTORY_ERROR, "0", {plain_entry("[PS_FACTORY_ERROR]")}};
+// clang-format on
 
 const RemoteCall get_pvr_state{
     .name = "svc_pvr_get_pvr_state",
@@ -135,61 +64,124 @@ const RemoteCall get_pvr_state{
     .call_with_null_outputs = [] { return svc_pvr_get_pvr_state(nullptr, nullptr); },
 };
 
-const RemoteCall get_progress{
-    .name = "svc_pvr_get_progress",
+/// Both states are written whatever the rule then makes of the result.
+const RemoteCall get_record_state{
+    .name = "svc_pvr_get_record_state_by_service_id",
     .call =
         [](std::ostream &outputs) {
-            int out_result = -77;
-            std::int64_t relative = -77;
-            std::int64_t absolute = -77;
-            const int returned = svc_pvr_get_progress(7, &out_result, &relative, &absolute);
-            outputs << out_result << "|" << relative << "|" << absolute;
+            int state = -77;
+            int is_timeshift = -78;
+            const int returned = svc_pvr_get_record_state_by_service_id(wide_id, &state, &is_timeshift);
+            outputs << state << "|" << is_timeshift;
             return returned;
         },
-    .untouched = "-77|-77|-77",
-    .entry = entry("[handle:7]"),
+    .untouched = "-77|-78",
+    .entry = entry(wide),
     .is_checked = true,
-    .request = request("get_progress", "i", "(7,)"),
+    .request = request("get_record_state_by_service_id", "t", wide_argument),
     .result = Result::is_published,
-    .outcomes = {{"(1, int64 4294967297, int64 -9223372036854775808, 1)", 0, "1|4294967297|-9223372036854775808", {}},
-                 {"(-2, int64 0, int64 1, 0)", 0, "-2|0|1", {}},
-                 {"(3, int64 -1, int64 9223372036854775807, -2)", 0, "3|-1|9223372036854775807", {}}},
-    .call_with_null_outputs = [] { return svc_pvr_get_progress(7, nullptr, nullptr, nullptr); },
+    .outcomes = {{"(2, 1, 0)", 0, "2|1", {info(" [g_result:0]")}}, {"(4, -1, 1)", -2, "4|-1", {info(" [g_result:1]")}}},
+    .call_with_null_outputs = [] { return svc_pvr_get_record_state_by_service_id(wide_id, nullptr, nullptr); },
 };
+
+RemoteCall progress(const std::string &name, std::function<int(int *, std::int64_t *, std::int64_t *)> call,
+                    const std::string &entry_text, Request asked)
+{
+    return {
+        .name = name,
+        .call =
+            [call](std::ostream &outputs) {
+                int out_result = -77;
+                std::int64_t relative = -77;
+                std::int64_t absolute = -77;
+                const int returned = call(&out_result, &relative, &absolute);
+                outputs << out_result << "|" << relative << "|" << absolute;
+                return returned;
+            },
+        .untouched = "-77|-77|-77",
+        .entry = entry(entry_text),
+        .is_checked = true,
+        .request = std::move(asked),
+        .result = Result::is_published,
+        .outcomes =
+            {{"(1, int64 4294967297, int64 -9223372036854775808, 1)", 0, "1|4294967297|-9223372036854775808", {}},
+             {"(-2, int64 0, int64 1, 0)", 0, "-2|0|1", {}},
+             {"(3, int64 -1, int64 9223372036854775807, -2)", 0, "3|-1|9223372036854775807", {}}},
+        .call_with_null_outputs = [call] { return call(nullptr, nullptr, nullptr); },
+    };
+}
+
+const std::vector<RemoteCall> progresses{
+    progress(
+        "svc_pvr_get_progress",
+        [](int *out_result, std::int64_t *relative, std::int64_t *absolute) {
+            return svc_pvr_get_progress(7, out_result, relative, absolute);
+        },
+        "[handle:7]", request("get_progress", "i", "(7,)")),
+    progress(
+        "svc_pvr_get_progress_by_service_id",
+        [](int *out_result, std::int64_t *relative, std::int64_t *absolute) {
+            return svc_pvr_get_progress_by_service_id(wide_id, out_result, relative, absolute);
+        },
+        wide, request("get_progress_by_service_id", "t", wide_argument)),
+};
+
+/// The value is written whatever the rule then makes of the result.
+const RemoteCall get_share_data{
+    .name = "svc_pvr_get_share_data",
+    .call =
+        [](std::ostream &outputs) {
+            std::int64_t value = -77;
+            const int returned = svc_pvr_get_share_data(-3, &value);
+            outputs << value;
+            return returned;
+        },
+    .untouched = "-77",
+    .entry = entry("[share_data_type:-3]"),
+    .is_checked = true,
+    .request = request("get_share_data", "i", "(-3,)"),
+    .result = Result::is_published,
+    .outcomes = {{"(int64 -9223372036854775808, 1)", 0, "-9223372036854775808", {info(" [g_result:1]")}},
+                 {"(int64 5, 0)", -2, "5", {info(" [g_result:0]")}},
+                 {"(int64 1, -2)", -2, "1", {info(" [g_result:-2]")}}},
+    .call_with_null_outputs = [] { return svc_pvr_get_share_data(-3, nullptr); },
+};
+
+RemoteCall is_support_pvr(const std::string &variant, std::vector<Outcome> outcomes)
+{
+    return {
+        .name = "svc_pvr_is_support_pvr",
+        .call =
+            [](std::ostream &outputs) {
+                int supported = -77;
+                const int returned = svc_pvr_is_support_pvr(&supported);
+                outputs << supported;
+                return returned;
+            },
+        .untouched = "-77",
+        .entry = entry(""),
+        .is_checked = false,
+        .request = request("is_support_pvr", "", "()"),
+        .result = Result::is_the_answer,
+        .outcomes = std::move(outcomes),
+        .call_with_null_outputs = [] { return svc_pvr_is_support_pvr(nullptr); },
+        .variant = variant,
+    };
+}
+
+const Outcome refused{"(0,)", PS_FACTORY_ERROR, "0", {plain_entry("[PS_FACTORY_ERROR]")}};
 
 } // namespace
 
-INSTANTIATE_TEST_SUITE_P(Status, RemoteCalls,
-                         testing::Values(get_channel_info, get_progress, get_pvr_state, set_share_data), name_of);
-
-// One program asks only once it has been told, so each answer has a program of its own.
-INSTANTIATE_TEST_SUITE_P(
-    IsSupportPvr, RemoteCalls,
-    testing::Values(is_support_pvr({refused, refused, {"(1,)", 0, "1", {plain_info("[result:1]")}}}),
-                    is_support_pvr({refused, {"(2,)", 0, "0", {plain_info("[result:0]")}}}),
-                    is_support_pvr({{"(-1,)", 0, "0", {plain_info("[result:0]")}}})),
-    [](const auto &info) { return "Answer" + std::to_string(info.index); });
-
-TEST(GetChannelInfo, RefusesANullRecordOnceTheServiceHasAnswered)
+std::vector<RemoteCall> status_calls()
 {
-    ScriptedService service;
-    service.script("get_channel_info", answers(get_channel_info.outcomes.front().answer));
-    ASSERT_EQ(svc_pvr_service_init(), PS_SESSION_READY);
-    logged();
-    EXPECT_EQ(svc_pvr_get_channel_info(beyond_63_bits, nullptr), PS_CALL_METHOD_FAILED);
-    EXPECT_EQ(service.requests(), std::vector{get_channel_info.request});
-    EXPECT_EQ(logged_lines().back(), plain_entry("[return PS_CALL_METHOD_FAILED]"));
-}
-
-TEST(GetChannelInfo, AddsNoTerminatorToItsTexts)
-{
-    ScriptedService service;
-    service.script("get_channel_info", answers(get_channel_info.outcomes[2].answer));
-    channel_info info;
-    std::memset(&info, '#', sizeof info);
-    ASSERT_EQ(svc_pvr_get_channel_info(1, &info), PS_SUCCESS);
-    EXPECT_EQ(text_of(info.channel_name, sizeof info.channel_name), long_name.substr(0, 254) + "#");
-    EXPECT_EQ(text_of(info.program_title, sizeof info.program_title), long_name.substr(0, 254) + "#");
+    return joined({rows,
+                   progresses,
+                   {get_pvr_state, get_record_state, get_share_data,
+                    // One program asks only once it has been told, so each answer has a program of its own.
+                    is_support_pvr("Yes", {refused, refused, {"(1,)", 0, "1", {plain_info("[result:1]")}}}),
+                    is_support_pvr("Two", {refused, {"(2,)", 0, "0", {plain_info("[result:0]")}}}),
+                    is_support_pvr("Negative", {{"(-1,)", 0, "0", {plain_info("[result:0]")}}})}});
 }
 
 TEST(IsSupportPvr, IsNotAskedAgainOnceItWasAnsweredWithAnythingButZero)

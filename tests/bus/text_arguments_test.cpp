@@ -25,8 +25,7 @@ class TextArguments : public testing::TestWithParam<TextArgument> {
 protected:
     void SetUp() override
     {
-        for (const char *method : {"play_start", "play_stop_by_uri", "sync_stop_playing", "remove_inf"})
-            service.script(method, answers("(0,)"));
+        service.script(GetParam().method, answers(GetParam().method == "get_product_name" ? "('',)" : "(0,)"));
         ASSERT_EQ(svc_pvr_service_init(), PS_SESSION_READY);
         logged();
     }
@@ -71,21 +70,55 @@ TEST_P(TextArguments, AreRefusedWhenTheyAreNotUtf8)
     EXPECT_EQ(service.requests(), std::vector<Request>());
 }
 
+// clang-format off
 INSTANTIATE_TEST_SUITE_P(
     All, TextArguments,
-    testing::Values(TextArgument{"svc_pvr_play_start", "play_start", 2,
-                                 [](const char *text) { return svc_pvr_play_start(1, text, 0); }, ""},
-                    TextArgument{"svc_pvr_play_stop_by_uri", "play_stop_by_uri", 1,
-                                 [](const char *text) { return svc_pvr_play_stop_by_uri(text); }, ""},
-                    TextArgument{"svc_pvr_stop_playing_sync_ex", "sync_stop_playing", 1,
-                                 [](const char *text) { return svc_pvr_stop_playing_sync_ex(text, 0); }, ""},
-                    TextArgument{"svc_pvr_stop_playing_sync", "sync_stop_playing", 1,
-                                 [](const char *text) { return svc_pvr_stop_playing_sync(text); }, ""},
-                    TextArgument{"svc_pvr_stop_pvr_sync", "sync_stop_pvr", 2,
-                                 [](const char *text) { return svc_pvr_stop_pvr_sync(1, text); }, ""},
-                    TextArgument{"svc_pvr_remove_inf", "remove_inf", 1,
-                                 [](const char *text) { return svc_pvr_remove_inf(text, 0); }, ".inf"}),
+    testing::Values(
+        //            function                                       method                        position
+        TextArgument{"svc_pvr_play_start",                           "play_start",                        2,
+                     [](const char *text) { return svc_pvr_play_start(1, text, 0); }, ""},
+        TextArgument{"svc_pvr_play_stop_by_uri",                     "play_stop_by_uri",                  1,
+                     [](const char *text) { return svc_pvr_play_stop_by_uri(text); }, ""},
+        TextArgument{"svc_pvr_stop_playing_sync",                    "sync_stop_playing",                 1,
+                     [](const char *text) { return svc_pvr_stop_playing_sync(text); }, ""},
+        TextArgument{"svc_pvr_stop_playing_sync_ex",                 "sync_stop_playing",                 1,
+                     [](const char *text) { return svc_pvr_stop_playing_sync_ex(text, 0); }, ""},
+        TextArgument{"svc_pvr_start_recording",                      "call_app",                          4,
+                     [](const char *text) { return svc_pvr_start_recording(1, 0, text); }, ""},
+        TextArgument{"svc_pvr_start_recording_ex",                   "call_app",                          4,
+                     [](const char *text) { return svc_pvr_start_recording_ex(1, 0, text, 0); }, ""},
+        TextArgument{"svc_pvr_start_timeshift",                      "call_app",                          4,
+                     [](const char *text) { return svc_pvr_start_timeshift(1, 0, text); }, ""},
+        TextArgument{"svc_pvr_stop_recording",                       "call_app",                          4,
+                     [](const char *text) { return svc_pvr_stop_recording(1, 0, text); }, ""},
+        TextArgument{"svc_pvr_stop_timeshift",                       "call_app",                          4,
+                     [](const char *text) { return svc_pvr_stop_timeshift(1, 0, text); }, ""},
+        TextArgument{"svc_pvr_stop_timeshift_without_service_id",    "call_app",                          4,
+                     [](const char *text) { return svc_pvr_stop_timeshift_without_service_id(0, text); }, ""},
+        TextArgument{"svc_pvr_stop_pvr_sync",                        "sync_stop_pvr",                     2,
+                     [](const char *text) { return svc_pvr_stop_pvr_sync(1, text); }, ""},
+        TextArgument{"svc_pvr_stop_reocrding_sync",                  "sync_stop_recording",               2,
+                     [](const char *text) { return svc_pvr_stop_reocrding_sync(1, text); }, ""},
+        TextArgument{"svc_pvr_get_rec_product_name",                 "get_product_name",                  1,
+                     [](const char *text) { return svc_pvr_get_rec_product_name(text, nullptr); }, ""},
+        TextArgument{"svc_pvr_mkdir",                                "mkdir",                             1,
+                     [](const char *text) { return svc_pvr_mkdir(text, 0); }, ""},
+        TextArgument{"svc_pvr_delete_record_file",                   "delete_record_file",                1,
+                     [](const char *text) { return svc_pvr_delete_record_file(text, nullptr); }, ""},
+        TextArgument{"svc_pvr_remove_inf",                           "remove_inf",                        1,
+                     [](const char *text) { return svc_pvr_remove_inf(text, 0); }, ".inf"},
+        TextArgument{"svc_pvr_is_recording_file",                    "is_recording_file",                 1,
+                     [](const char *text) { return svc_pvr_is_recording_file(text, nullptr); }, ""},
+        TextArgument{"svc_pvr_check_parent_lock",                    "check_parent_lock",                 1,
+                     [](const char *text) { return svc_pvr_check_parent_lock(text, nullptr); }, ""},
+        TextArgument{"svc_pvr_make_thumbnail_file",                  "make_thumbnail_file",               1,
+                     [](const char *text) { return svc_pvr_make_thumbnail_file(text, 0, 0, 0); }, ""},
+        TextArgument{"svc_pvr_set_channel_multilanguage_string",     "set_channel_multilanguage_string",  1,
+                     [](const char *text) { return svc_pvr_set_channel_multilanguage_string(text, 0); }, ""},
+        TextArgument{"svc_pvr_set_channel_number_string",            "set_channel_number_string",         2,
+                     [](const char *text) { return svc_pvr_set_channel_number_string(1, text); }, ""}),
     [](const auto &info) { return info.param.name; });
+// clang-format on
 
 TEST(NullTexts, AreSentAsEmptyOnes)
 {

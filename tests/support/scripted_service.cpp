@@ -69,12 +69,40 @@ Request request(const std::string &method, const std::string &signature, const s
 
 ScriptedService::ScriptedService() { come_back(); }
 
-ScriptedService::~ScriptedService() { vanish(); }
+ScriptedService::~ScriptedService()
+{
+    vanish();
+    for (GDBusMessage *call : unanswered_)
+        g_object_unref(call);
+}
 
 void ScriptedService::script(const std::string &method, Reply reply)
 {
     const std::lock_guard lock(mutex_);
     script_[method] = std::move(reply);
+}
+
+void ScriptedService::script(const std::string &method, const std::string &arguments, Reply reply)
+{
+    script(method + arguments, std::move(reply));
+}
+
+std::size_t ScriptedService::answer_late(const std::function<std::string(const std::string &method)> &values)
+{
+    std::vector<GDBusMessage *> calls;
+    {
+        const std::lock_guard lock(mutex_);
+        calls = std::exchange(unanswered_, {});
+    }
+    for (GDBusMessage *call : calls) {
+        GDBusMessage *answer = g_dbus_message_new_method_reply(call);
+        g_dbus_message_set_body(answer, parsed(values(g_dbus_message_get_member(call))));
+        g_dbus_connection_send_message(connection_, answer, G_DBUS_SEND_MESSAGE_FLAGS_NONE, nullptr, nullptr);
+        g_object_unref(answer);
+        g_object_unref(call);
+    }
+    g_dbus_connection_flush_sync(connection_, nullptr, nullptr);
+    return calls.size();
 }
 
 std::vector<Request> ScriptedService::requests()
@@ -143,8 +171,12 @@ void ScriptedService::handle(GDBusConnection *connection, GDBusMessage *call)
         const std::lock_guard lock(mutex_);
         requests_.push_back(
             {method, g_dbus_message_get_signature(call), arguments, g_dbus_message_get_path(call), is_reply_expected});
-        if (const auto scripted = script_.find(method); scripted != script_.end())
+        if (const auto exact = script_.find(method + arguments); exact != script_.end())
+            reply = exact->second;
+        else if (const auto scripted = script_.find(method); scripted != script_.end())
             reply = scripted->second;
+        if (reply.kind == Reply::silence)
+            unanswered_.push_back(static_cast<GDBusMessage *>(g_object_ref(call)));
     }
     g_free(arguments);
     came_.notify_all();

@@ -54,6 +54,10 @@ public:
     ScriptedService &operator=(const ScriptedService &) = delete;
 
     void script(const std::string &method, Reply reply);
+    /// The same for one list of arguments, given as GVariant text with types; it goes before the other.
+    void script(const std::string &method, const std::string &arguments, Reply reply);
+    /// Answers, late, everything it stayed silent on so far; returns how many requests these were.
+    std::size_t answer_late(const std::function<std::string(const std::string &method)> &values);
     /// Takes what has come so far.
     std::vector<Request> requests();
     /// Waits until a request has come that nobody took yet.
@@ -72,7 +76,8 @@ private:
     GDBusConnection *connection_ = nullptr;
     std::mutex mutex_;
     std::condition_variable came_;
-    std::map<std::string, Reply> script_;
+    std::map<std::string, Reply> script_; ///< by method, or by method and arguments
+    std::vector<GDBusMessage *> unanswered_;
     std::vector<Request> requests_;
 };
 
