@@ -99,7 +99,8 @@ int svc_pvr_get_record_state_by_service_id(std::uint64_t service_id, int *state,
     Call call(ENTRY("[service_id:%" PRIu64 "]\n", service_id));
     int record_state = 0;
     int timeshift = 0;
-    auto answer = call.remote(wire::get_record_state_by_service_id, service_id, &record_state, &timeshift, service_result);
+    auto answer =
+        call.remote(wire::get_record_state_by_service_id, service_id, &record_state, &timeshift, service_result);
     if (answer) {
         write_out(state, record_state);
         write_out(is_timeshift, timeshift);

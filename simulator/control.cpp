@@ -1,0 +1,156 @@
+#include "control.h"
+
+#include "method_row.h"
+
+#include <stdexcept>
+#include <utility>
+
+namespace simulator {
+namespace {
+
+constexpr char control_name[] = "org.vexan.tv.pvr.Simulator1";
+constexpr char control_path[] = "/org/vexan/tv/pvr_simulator";
+
+Failure wrong_argument(std::string message) { return {"org.freedesktop.DBus.Error.InvalidArgs", std::move(message)}; }
+
+Failure failed(std::string message) { return {"org.freedesktop.DBus.Error.Failed", std::move(message)}; }
+
+Failure no_such_method(const char *method)
+{
+    return wrong_argument("org.vexan.tv.pvr has no method '" + std::string(method) + "'");
+}
+
+/// The members of a tuple, each in a variant: a variant that held the tuple could not travel when it is empty.
+GVariant *boxed(GVariant *tuple)
+{
+    GVariantBuilder members;
+    g_variant_builder_init(&members, G_VARIANT_TYPE("av"));
+    for (std::size_t i = 0; i < g_variant_n_children(tuple); ++i)
+        g_variant_builder_add(&members, "v", pvr::OwnedVariant(g_variant_get_child_value(tuple, i)).get());
+    return g_variant_builder_end(&members);
+}
+
+/// The tuple that these members make up; floating.
+GVariant *unboxed(GVariant *members)
+{
+    GVariantBuilder tuple;
+    g_variant_builder_init(&tuple, G_VARIANT_TYPE_TUPLE);
+    for (std::size_t i = 0; i < g_variant_n_children(members); ++i) {
+        const pvr::OwnedVariant box(g_variant_get_child_value(members, i));
+        g_variant_builder_add_value(&tuple, pvr::OwnedVariant(g_variant_get_variant(box.get())).get());
+    }
+    return g_variant_builder_end(&tuple);
+}
+
+} // namespace
+
+#define CONTROL_METHOD(name) &PvrSimulator1Iface::handle_##name, &pvr_simulator1_complete_##name, "handle-" #name
+
+Control::Control(Service &service, const Log &log, std::function<void()> on_bus_lost)
+    : service_(service), log_(log), return_([this] { come_back_by_itself(); }), object_(pvr_simulator1_skeleton_new()),
+      bus_(std::move(on_bus_lost))
+{
+    connect(object_.get(), this, CONTROL_METHOD(list_calls), &Control::list_calls);
+    connect(object_.get(), this, CONTROL_METHOD(clear_calls), &Control::clear_calls);
+    connect(object_.get(), this, CONTROL_METHOD(emit_signal), &Control::emit_signal);
+    connect(object_.get(), this, CONTROL_METHOD(delay_method), &Control::delay_method);
+    connect(object_.get(), this, CONTROL_METHOD(fail_method), &Control::fail_method);
+    connect(object_.get(), this, CONTROL_METHOD(clear_faults), &Control::clear_faults);
+    connect(object_.get(), this, CONTROL_METHOD(vanish), &Control::vanish);
+    connect(object_.get(), this, CONTROL_METHOD(return ), &Control::come_back);
+
+    pvr::OwnedError error;
+    if (g_dbus_interface_skeleton_export(G_DBUS_INTERFACE_SKELETON(object_.get()), bus_.connection(), control_path,
+                                         error.slot()) == FALSE)
+        throw std::runtime_error(std::string("cannot export ") + control_path + ": " + error->message);
+    bus_.own(control_name);
+}
+
+Control::~Control() { g_dbus_interface_skeleton_unexport(G_DBUS_INTERFACE_SKELETON(object_.get())); }
+
+void Control::answered(const std::string &line) { log_.line("control: " + line); }
+
+Control::Answer<GVariant *> Control::list_calls(guint64 after)
+{
+    GVariantBuilder list;
+    g_variant_builder_init(&list, G_VARIANT_TYPE("a(txxssav)"));
+    for (const RecordedCall &call : service_.calls().list())
+        if (call.number > after)
+            g_variant_builder_add(&list, "(txxss@av)", call.number, gint64{call.monotonic.count()},
+                                  gint64{call.wall.count()}, call.sender.c_str(), call.method.c_str(),
+                                  boxed(call.arguments.get()));
+    return std::tuple(g_variant_builder_end(&list));
+}
+
+Control::Done Control::clear_calls()
+{
+    service_.calls().clear();
+    return {};
+}
+
+Control::Done Control::emit_signal(const char *name, GVariant *arguments)
+{
+    if (g_dbus_is_member_name(name) == FALSE)
+        return wrong_argument("'" + std::string(name) + "' cannot be the name of a signal");
+    if (!service_.is_present())
+        return failed("the service is away");
+    pvr::OwnedError error;
+    if (!service_.emit(name, unboxed(arguments), error.slot()))
+        return failed(error->message);
+    return {};
+}
+
+Control::Done Control::delay_method(const char *method, guint milliseconds, guint times)
+{
+    if (Skeleton::method(method) == nullptr)
+        return no_such_method(method);
+    service_.faults().delay(method, milliseconds, times);
+    return {};
+}
+
+Control::Done Control::fail_method(const char *method, const char *error, const char *message, guint times)
+{
+    if (Skeleton::method(method) == nullptr)
+        return no_such_method(method);
+    if (g_dbus_is_error_name(error) == FALSE)
+        return wrong_argument("'" + std::string(error) + "' cannot be the name of an error");
+    service_.faults().fail(method, {error, message}, times);
+    return {};
+}
+
+Control::Done Control::clear_faults()
+{
+    service_.faults().clear();
+    return {};
+}
+
+Control::Done Control::vanish(guint milliseconds)
+{
+    service_.vanish();
+    return_.set(milliseconds == 0 ? std::nullopt
+                                  : std::optional(monotonic_now() + std::chrono::milliseconds(milliseconds)));
+    return {};
+}
+
+Control::Done Control::come_back()
+{
+    return_.set(std::nullopt);
+    try {
+        service_.appear();
+    } catch (const std::runtime_error &error) {
+        return failed(error.what());
+    }
+    return {};
+}
+
+void Control::come_back_by_itself()
+{
+    try {
+        service_.appear();
+        log_.line("the service has returned");
+    } catch (const std::runtime_error &error) {
+        log_.line(std::string("the service stays away: ") + error.what());
+    }
+}
+
+} // namespace simulator

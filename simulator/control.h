@@ -1,0 +1,54 @@
+// The control interface: how a test or a developer steers the service. On a connection of its own, and so reachable
+// while the service is away.
+#pragma once
+
+#include "bus.h"
+#include "client/owned.h"
+#include "log.h"
+#include "pvr_simulator_generated.h"
+#include "service.h"
+#include "timer.h"
+
+#include <functional>
+#include <string>
+#include <tuple>
+#include <variant>
+
+namespace simulator {
+
+class Control {
+public:
+    /// Comes to the bus. on_bus_lost is called when the bus ends the connection. Throws std::runtime_error.
+    Control(Service &service, const Log &log, std::function<void()> on_bus_lost);
+    ~Control();
+    Control(const Control &) = delete;
+    Control &operator=(const Control &) = delete;
+
+    /// A call was answered: logs it.
+    void answered(const std::string &line);
+
+private:
+    /// Every method may fail.
+    template <typename... Out>
+    using Answer = std::variant<std::tuple<Out...>, Failure>;
+    using Done = Answer<>;
+
+    Answer<GVariant *> list_calls(guint64 after);
+    Done clear_calls();
+    Done emit_signal(const char *name, GVariant *arguments);
+    Done delay_method(const char *method, guint milliseconds, guint times);
+    Done fail_method(const char *method, const char *error, const char *message, guint times);
+    Done clear_faults();
+    Done vanish(guint milliseconds);
+    Done come_back();
+
+    void come_back_by_itself();
+
+    Service &service_;
+    const Log &log_;
+    Timer return_;
+    pvr::Owned<PvrSimulator1, g_object_unref> object_;
+    Bus bus_;
+};
+
+} // namespace simulator

@@ -1,0 +1,60 @@
+// The interface org.vexan.tv.pvr on a connection: the generated skeleton with a gate in front of its dispatch. The gate
+// records every call and lets faults apply; a call that passes goes to the generated code, in the same main context.
+#pragma once
+
+#include "calls.h"
+#include "client/owned.h"
+#include "faults.h"
+#include "log.h"
+#include "pvr_gdbus_generated.h"
+#include "timer.h"
+
+#include <map>
+
+namespace simulator {
+
+class Skeleton {
+public:
+    static constexpr char object_path[] = "/org/vexan/tv/pvr";
+
+    explicit Skeleton(const Log &log);
+    ~Skeleton();
+    Skeleton(const Skeleton &) = delete;
+    Skeleton &operator=(const Skeleton &) = delete;
+
+    OrgVexanTvPvr *object() const { return object_; }
+    RecordedCalls &calls() { return calls_; }
+    Faults &faults() { return faults_; }
+
+    /// The method of this name, or null when the interface has none.
+    static const GDBusMethodInfo *method(const char *name);
+
+    /// Answers calls on this connection. Throws std::runtime_error.
+    void export_on(GDBusConnection *connection);
+    /// Leaves the connection. Calls that are held back are never answered.
+    void unexport();
+    bool is_exported() const;
+
+private:
+    static GDBusInterfaceVTable *gated_vtable(GDBusInterfaceSkeleton *interface);
+    static void on_call(GDBusConnection *, const char *sender, const char *path, const char *interface,
+                        const char *method, GVariant *arguments, GDBusMethodInvocation *invocation,
+                        gpointer object) noexcept;
+    static GType type();
+
+    void let_in(GDBusMethodInvocation *invocation);
+    void hold(GDBusMethodInvocation *invocation, std::uint32_t milliseconds);
+    void pass(GDBusMethodInvocation *invocation);
+    void fail(GDBusMethodInvocation *invocation, const Failure &failure);
+    void pass_what_is_due();
+    void drop_held();
+
+    const Log &log_;
+    RecordedCalls calls_;
+    Faults faults_;
+    std::multimap<Microseconds, GDBusMethodInvocation *> held_; ///< owned, by the moment when they pass
+    Timer timer_;
+    OrgVexanTvPvr *object_;
+};
+
+} // namespace simulator

@@ -1,0 +1,183 @@
+// The two programs as a shell sees them: what they print, and how they end.
+#include "peer.h"
+#include "program.h"
+#include "support/private_bus.h"
+#include "temporary_folder.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <gtest/gtest.h>
+
+using namespace simulator_test;
+
+namespace {
+
+constexpr char taken[] = "pvr-simulator: cannot own org.vexan.tv.pvr.server: another service on this bus owns it\n";
+
+/// The bus address that programs find, for as long as this lives.
+class BusAddress {
+public:
+    explicit BusAddress(const char *address) { setenv("DBUS_SYSTEM_BUS_ADDRESS", address, 1); }
+    ~BusAddress() { setenv("DBUS_SYSTEM_BUS_ADDRESS", support::bus().address().c_str(), 1); }
+    BusAddress(const BusAddress &) = delete;
+    BusAddress &operator=(const BusAddress &) = delete;
+};
+
+} // namespace
+
+TEST(SimulatorProgram, SaysOnceThatItIsReadyAndEndsOnASignal)
+{
+    for (const int number : {SIGTERM, SIGINT}) {
+        Program program({"pvr-simulator"});
+        EXPECT_EQ(program.line(), "ready");
+        program.signal(number);
+        EXPECT_EQ(program.wait(), 0);
+        EXPECT_EQ(program.rest(), "");
+        EXPECT_EQ(program.complaints(), "");
+    }
+}
+
+TEST(SimulatorProgram, OwnsBothNamesWhenItIsReadyAndNeitherAfterwards)
+{
+    Peer peer;
+    {
+        const Simulator simulator;
+        EXPECT_TRUE(peer.has_owner("org.vexan.tv.pvr.server"));
+        EXPECT_TRUE(peer.has_owner("org.vexan.tv.pvr.Simulator1"));
+    }
+    EXPECT_FALSE(peer.has_owner("org.vexan.tv.pvr.server"));
+    EXPECT_FALSE(peer.has_owner("org.vexan.tv.pvr.Simulator1"));
+}
+
+TEST(SimulatorProgram, SaysNothingOfCallsWhenQuiet)
+{
+    Program program({"pvr-simulator", "--quiet"});
+    ASSERT_EQ(program.line(), "ready");
+    Peer peer;
+    EXPECT_EQ(peer.call("get_handle"), "(1, 0)");
+    EXPECT_EQ(peer.call("format", "(1, 1)").substr(0, 40), "org.freedesktop.DBus.Error.UnknownMethod");
+    program.signal(SIGTERM);
+    EXPECT_EQ(program.wait(), 0);
+    EXPECT_EQ(program.complaints(), "");
+}
+
+TEST(SimulatorProgram, EndsCleanlyWhileItPlaysAndHoldsCallsBack)
+{
+    const TemporaryFolder folder;
+    Program make({"pvr-make-stream", folder / "a.srf"});
+    ASSERT_EQ(make.wait(), 0);
+    const Simulator simulator; // checks how it ends
+    Peer peer;
+    peer.control("DelayMethod", "('get_handle', uint32 3600000, uint32 1)");
+    peer.send("get_handle", "()", [](const std::string &) {});
+    EXPECT_EQ(peer.call("get_handle"), "(1, 0)");
+    EXPECT_EQ(peer.call("play_start", "(1, '" + (folder / "a.srf") + "', 0)"), "(0,)");
+}
+
+TEST(SimulatorProgram, RefusesABusWhereItsNameIsTaken)
+{
+    const Simulator first;
+    Program second({"pvr-simulator"});
+    EXPECT_EQ(second.wait(), 1);
+    EXPECT_EQ(second.rest(), "");
+    EXPECT_EQ(second.complaints(), taken);
+}
+
+TEST(SimulatorProgram, RefusesABusWhereItsControlNameIsTaken)
+{
+    const Simulator first;
+    Peer peer;
+    ASSERT_EQ(peer.control("Vanish", "(uint32 0,)"), "()");
+    Program second({"pvr-simulator"});
+    EXPECT_EQ(second.wait(), 1);
+    EXPECT_EQ(second.rest(), "");
+    EXPECT_EQ(second.complaints(),
+              "pvr-simulator: cannot own org.vexan.tv.pvr.Simulator1: another service on this bus owns it\n");
+}
+
+TEST(SimulatorProgram, SaysThatThereIsNoBus)
+{
+    const std::string beginning = "pvr-simulator: cannot reach the system bus: ";
+    for (const char *address : {"unix:path=/nonexistent/bus", "no address", "unix:"}) {
+        const BusAddress nowhere(address);
+        Program program({"pvr-simulator"});
+        EXPECT_EQ(program.wait(), 1) << address;
+        EXPECT_EQ(program.rest(), "");
+        const std::string complaint = program.complaints();
+        EXPECT_EQ(complaint.substr(0, beginning.size()), beginning);
+        EXPECT_EQ(complaint.find('\n'), complaint.size() - 1) << complaint;
+        EXPECT_GT(complaint.size(), beginning.size() + 5);
+    }
+}
+
+TEST(SimulatorProgram, EndsWithTheBus)
+{
+    Program program({"pvr-simulator"});
+    ASSERT_EQ(program.line(), "ready");
+    support::bus().kill();
+    EXPECT_EQ(program.wait(), 1);
+    EXPECT_EQ(program.complaints(), "pvr-simulator: the bus has ended the connection\n");
+}
+
+TEST(SimulatorProgram, StaysWhenNobodyReadsItsLog)
+{
+    Program program({"pvr-simulator"}, Program::Complaints::are_not_read);
+    ASSERT_EQ(program.line(), "ready");
+    Peer peer;
+    EXPECT_EQ(peer.call("get_handle"), "(1, 0)");
+    EXPECT_EQ(peer.call("get_handle"), "(2, 0)");
+    program.signal(SIGTERM);
+    EXPECT_EQ(program.wait(), 0);
+}
+
+TEST(Programs, ExplainThemselves)
+{
+    for (const std::string name : {"pvr-simulator", "pvr-make-stream"}) {
+        Program version({name, "--version"});
+        EXPECT_EQ(version.wait(), 0);
+        EXPECT_EQ(version.rest(), "10.8.1\n");
+        Program help({name, "--help"});
+        EXPECT_EQ(help.wait(), 0);
+        EXPECT_NE(help.rest().find("Usage: "), std::string::npos);
+    }
+}
+
+TEST(Programs, RefuseWhatTheyDoNotUnderstand)
+{
+    const TemporaryFolder folder;
+    const std::vector<std::string> commands[] = {
+        {"pvr-simulator", "--unknown"},
+        {"pvr-simulator", "argument"},
+        {"pvr-make-stream"},
+        {"pvr-make-stream", folder / "a.srf", folder / "b.srf"},
+        {"pvr-make-stream", "--seconds", "0", folder / "a.srf"},
+        {"pvr-make-stream", "--seconds", "-1", folder / "a.srf"},
+        {"pvr-make-stream", "--seconds", "86401", folder / "a.srf"},
+        {"pvr-make-stream", "--seconds", "ten", folder / "a.srf"},
+    };
+    for (const auto &command : commands) {
+        Program program(command);
+        EXPECT_EQ(program.wait(), 2) << command.back();
+        EXPECT_NE(program.complaints(), "") << command.back();
+    }
+    EXPECT_EQ(folder.names(), Lines());
+}
+
+TEST(MakeStreamProgram, WritesAFileOfTheLengthAskedFor)
+{
+    const TemporaryFolder folder;
+    Program program({"pvr-make-stream", "--seconds", "3", folder / "a.srf"});
+    EXPECT_EQ(program.wait(), 0);
+    EXPECT_EQ(program.rest() + program.complaints(), "");
+    EXPECT_EQ(std::filesystem::file_size(folder / "a.srf"), 3U * 125 * 188);
+}
+
+TEST(MakeStreamProgram, SaysWhyItCannotWrite)
+{
+    const TemporaryFolder folder;
+    Program program({"pvr-make-stream", folder / "missing/a.srf"});
+    EXPECT_EQ(program.wait(), 1);
+    EXPECT_EQ(program.complaints(),
+              "pvr-make-stream: cannot write " + (folder / "missing/a.srf") + ": No such file or directory\n");
+}
