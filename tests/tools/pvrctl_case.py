@@ -1,0 +1,130 @@
+"""What the tests of pvrctl share: a run of it, and a second look at the service by other means."""
+import argparse
+import json
+import os
+import pathlib
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+
+OPTIONS = argparse.Namespace()
+HANGS = 120  # seconds after which a wait is given up; nothing is measured by it
+DONE, FAILED, USAGE, TIME_OUT, NOT_RUNNING, NOT_RECORDING, NOT_FOUND, REFUSED = range(8)
+NAMES = ["done", "failed", "usage", "time-out", "not-running", "not-recording", "not-found", "refused"]
+PLAY, PAUSE, FRAME_STEP, FF_1, REW_1 = 1, 2, 3, 4, 14
+NO_BUS = "unix:path=/nonexistent/pvr-test-bus"
+# Tells the environment that the sandbox gives its command, and stays until it is let go.
+TELL = "import json, os, sys; print(json.dumps(dict(os.environ)), flush=True); sys.stdin.read()"
+RECORDED = 1700000000  # the end of the recording, in seconds since 1970 UTC
+
+
+def plain_environment():
+    ours = {"DBUS_SYSTEM_BUS_ADDRESS", "PVR_PLATFORM_CONFIG", "PVR_SANDBOX", "PVR_LOG", "PVR_LOG_LEVEL"}
+    environment = {name: value for name, value in os.environ.items() if name not in ours}
+    if "TSAN_OPTIONS" in environment:  # which else has every process with threads wait a second at its end
+        environment["TSAN_OPTIONS"] += ":atexit_sleep_ms=0"
+    return environment
+
+
+def lines(output):
+    """The table that people see, as a dictionary."""
+    return dict(re.split(r"  +", line, maxsplit=1) for line in output.splitlines())
+
+
+class PvrctlTest(unittest.TestCase):
+    maxDiff = None
+
+    def setUp(self):
+        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="pvr-test-")).resolve()
+        self.addCleanup(shutil.rmtree, self.folder)
+        self.environment = dict(plain_environment(), DBUS_SYSTEM_BUS_ADDRESS=NO_BUS)
+
+    def keep(self, command, **popen):
+        """A helper that prints a line when it is ready, and ends with its standard input."""
+        helper = subprocess.Popen(command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True, **popen)
+        self.addCleanup(helper.stdout.close)
+        self.addCleanup(helper.wait, HANGS)
+        self.addCleanup(helper.stdin.close)
+        return helper, helper.stdout.readline()
+
+    def run_pvrctl(self, *arguments, **popen):
+        """Exit code, standard output, standard error."""
+        popen = {"env": self.environment, "cwd": self.folder, "stdout": subprocess.PIPE} | popen
+        done = subprocess.run([OPTIONS.pvrctl, *map(str, arguments)], stderr=subprocess.PIPE, stdin=subprocess.DEVNULL,
+                              text=True, timeout=HANGS, check=False, **popen)
+        return done.returncode, done.stdout, done.stderr
+
+    def succeed(self, *arguments, **popen):
+        """The JSON of a command that must succeed."""
+        code, output, errors = self.run_pvrctl("--json", *arguments, **popen)
+        self.assertEqual((code, errors), (DONE, ""))
+        self.assertEqual(output.count("\n"), 1)
+        return json.loads(output)
+
+    def fail_with(self, code, *arguments, data="", **popen):
+        """The message of a command that must fail."""
+        found, output, errors = self.run_pvrctl("--json", *arguments, **popen)
+        self.assertEqual((found, output), (code, data), errors)
+        error = json.loads(errors)["error"]
+        self.assertEqual((error["code"], error["name"]), (code, NAMES[code]))
+        return error["message"]
+
+
+class SandboxedTest(PvrctlTest):
+    """Every test has a sandbox of its own, with the development service in it."""
+
+    def setUp(self):
+        super().setUp()
+        self.recording = self.folder / "first.srf"
+        subprocess.run([OPTIONS.make_stream, "--seconds", "300", self.recording], check=True)
+        os.utime(self.recording, (RECORDED, RECORDED))
+        _, line = self.keep([OPTIONS.sandbox, "--", sys.executable, "-c", TELL], env=plain_environment())
+        self.environment = json.loads(line)
+
+    def ask(self, name, path, method, *arguments):
+        """Calls by other means than the library, and gives the answer as text."""
+        done = subprocess.run(["gdbus", "call", "--system", "--dest", name, "--object-path", path, "--method", method,
+                               "--", *map(str, arguments)], env=self.environment, stdout=subprocess.PIPE, text=True,
+                              timeout=HANGS, check=True)
+        return done.stdout.strip()
+
+    def ask_service(self, method, *arguments):
+        return self.ask("org.vexan.tv.pvr.server", "/org/vexan/tv/pvr", "org.vexan.tv.pvr." + method, *arguments)
+
+    def control(self, method, *arguments):
+        return self.ask("org.vexan.tv.pvr.Simulator1", "/org/vexan/tv/pvr_simulator",
+                        "org.vexan.tv.pvr.Simulator1." + method, *arguments)
+
+    def requests(self, method):
+        """The arguments of each such call that the service has received, as lists of numbers."""
+        calls = re.findall(rf"'{method}', (.*?)\)(?=, \(|\],\)$)", self.control("ListCalls", 0))
+        return [[int(number) for number in re.findall(r"-?\b\d+\b(?![^<]*')", call)] for call in calls]
+
+    def state(self, handle):
+        """State and position of a playback as the service itself tells them."""
+        answer = re.fullmatch(r"\((-?\d+), int64 (-?\d+), int64 -?\d+, -?\d+\)", self.ask_service("get_progress", handle))
+        return int(answer[1]), int(answer[2])
+
+    def uri(self, handle):
+        return re.fullmatch(r"\('(.*)',\)", self.ask_service("get_playback_uri_by_handle", handle))[1]
+
+    def start(self, *arguments):
+        return self.succeed("play", "start", self.recording, *arguments)["handle"]
+
+    def paused(self):
+        """A playback that holds still at 100 s."""
+        handle = self.start()
+        self.succeed("play", "pause", handle)
+        self.succeed("play", "skip", handle, "--to", 100)
+        return handle
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    for option in "pvrctl", "sandbox", "make-stream", "scripted-bus":
+        parser.add_argument("--" + option, required=True)
+    _, rest = parser.parse_known_args(namespace=OPTIONS)
+    unittest.main(argv=sys.argv[:1] + rest, verbosity=2)

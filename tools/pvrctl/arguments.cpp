@@ -1,0 +1,105 @@
+#include "arguments.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <charconv>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <glib.h>
+#include <memory>
+#include <string_view>
+#include <system_error>
+
+#include "failure.h"
+
+namespace pvrctl {
+namespace {
+
+struct Speed {
+    std::string_view name;
+    int type;
+};
+
+constexpr std::array speeds{
+    Speed{"2", 1},  Speed{"4", 2},   Speed{"8", 3},   Speed{"16", 4},  Speed{"32", 5},
+    Speed{"64", 6}, Speed{"128", 7}, Speed{"1/2", 8}, Speed{"1/4", 9}, Speed{"1/8", 10},
+};
+
+int parsed_number(const std::string &name, std::string_view text, int least)
+{
+    std::string_view digits = text;
+    if (digits.size() > 1 && digits[0] == '+' && digits[1] != '-')
+        digits.remove_prefix(1);
+    int value = 0;
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
+    if (end != digits.data() + digits.size() || error == std::errc::invalid_argument)
+        throw CLI::ValidationError(name, "'" + std::string(text) + "' is no whole number");
+    if (error == std::errc::result_out_of_range || value < least)
+        throw CLI::ValidationError(name, "'" + std::string(text) + "' is not between " + std::to_string(least) +
+                                             " and " + std::to_string(std::numeric_limits<int>::max()));
+    return value;
+}
+
+/// The service is given texts in UTF-8 only.
+std::string sendable(std::string path)
+{
+    if (g_utf8_validate(path.c_str(), -1, nullptr) == FALSE)
+        throw Failure(ExitCode::usage, "the path of the file is not UTF-8: " + path);
+    return path;
+}
+
+} // namespace
+
+CLI::Option *add_number(CLI::App &verb, const std::string &name, int &value, const std::string &type,
+                        const std::string &description, int least)
+{
+    const CLI::callback_t store = [name, &value, least](const CLI::results_t &texts) {
+        value = parsed_number(name, texts.at(0), least);
+        return true;
+    };
+    return verb.add_option(name, store, description)->type_name(type);
+}
+
+CLI::Option *add_handle_argument(CLI::App &verb, int &handle)
+{
+    return add_number(verb, "HANDLE", handle, "", "a handle, as the service issued it")->required();
+}
+
+CLI::Option *add_speed(CLI::App &verb, int &type)
+{
+    const CLI::callback_t store = [&type](const CLI::results_t &texts) {
+        const auto speed = std::ranges::find(speeds, std::string_view(texts.at(0)), &Speed::name);
+        if (speed == speeds.end())
+            throw CLI::ValidationError("--speed",
+                                       "'" + texts.at(0) + "' is none of 2, 4, 8, 16, 32, 64, 128, 1/2, 1/4, 1/8");
+        type = speed->type;
+        return true;
+    };
+    return verb
+        .add_option("--speed", store, "2, 4, 8, 16, 32, 64 or 128 times; 1/2, 1/4 or 1/8 for slow motion; without it 2")
+        ->type_name("SPEED");
+}
+
+std::string existing_file(const std::string &path)
+{
+    const std::unique_ptr<char, decltype(&std::free)> resolved(realpath(path.c_str(), nullptr), &std::free);
+    if (!resolved)
+        throw Failure(ExitCode::not_found, "'" + path + "': " + std::strerror(errno));
+    return sendable(resolved.get());
+}
+
+std::string absolute_path(const std::string &path)
+{
+    if (path.empty())
+        throw Failure(ExitCode::not_found, "'': " + std::string(std::strerror(ENOENT)));
+    std::error_code error;
+    const std::filesystem::path resolved =
+        std::filesystem::weakly_canonical(std::filesystem::absolute(path, error), error);
+    if (error)
+        throw Failure(ExitCode::not_found, "'" + path + "': " + error.message());
+    return sendable(resolved);
+}
+
+} // namespace pvrctl

@@ -1,0 +1,27 @@
+// Arguments: numbers over their whole range, speeds, files.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <limits>
+#include <string>
+
+namespace pvrctl {
+
+/// A number that the command line may give. Junk and what does not fit are refused, never cut.
+CLI::Option *add_number(CLI::App &verb, const std::string &name, int &value, const std::string &type,
+                        const std::string &description, int least = std::numeric_limits<int>::min());
+
+/// A handle, which is required.
+CLI::Option *add_handle_argument(CLI::App &verb, int &handle);
+
+/// A speed as people write it, stored as the number that the development service takes for it.
+CLI::Option *add_speed(CLI::App &verb, int &type);
+
+/// The path of a file that exists, absolute and without symbolic links, as the service is given it. Throws
+/// a Failure when there is no such file.
+std::string existing_file(const std::string &path);
+
+/// The same for a file that may be gone.
+std::string absolute_path(const std::string &path);
+
+} // namespace pvrctl

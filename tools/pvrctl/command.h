@@ -1,0 +1,47 @@
+// The grammar, OBJECT VERB, and how a verb is tied to what it does.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <initializer_list>
+#include <memory>
+#include <string>
+
+#include "output.h"
+#include "service.h"
+
+namespace pvrctl {
+
+using Action = std::function<void(Service &, Output &)>;
+
+/// The command line's root, and the action that was chosen once it has been parsed.
+struct Commands {
+    CLI::App &root;
+    Action chosen;
+};
+
+/// Examples for the help: each line the words behind "pvrctl".
+using Examples = std::initializer_list<const char *>;
+
+/// Adds an object, or a verb that needs none.
+CLI::App &add_command(CLI::App &parent, const std::string &name, const std::string &description, Examples examples);
+
+/// Has the command line choose an action when it names the verb. Checks of several arguments together
+/// stand in check, which throws CLI::ValidationError.
+void choose(Commands &commands, CLI::App &verb, Action action, std::function<void()> check = {});
+
+/// The group of the options that every command takes; they are the root's.
+inline constexpr char common_options[] = "Options of every command";
+
+/// Help that fits 80 columns.
+std::shared_ptr<CLI::Formatter> help_formatter();
+
+/// What is below the options in every help: examples and exit codes.
+std::string help_footer(Examples examples);
+
+// One function per object.
+void add_play(Commands &commands);
+void add_handle(Commands &commands);
+void add_status(Commands &commands);
+
+} // namespace pvrctl

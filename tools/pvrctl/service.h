@@ -1,0 +1,51 @@
+// The Recording service as a command sees it: reached through the library. GDBus only tells why a call failed.
+#pragma once
+
+#include <gio/gio.h>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "failure.h"
+#include "watch.h"
+
+namespace pvrctl {
+
+class Service {
+public:
+    Service() = default;
+    ~Service();
+    Service(const Service &) = delete;
+    Service &operator=(const Service &) = delete;
+
+    /// Reaches the bus. Throws when there is none.
+    void find_bus();
+
+    /// Who owns the service's name; nothing when it is not running.
+    std::optional<std::string> owner() const;
+
+    /// Makes the library's session. Throws when there is no bus, or when the product does not record.
+    void open();
+
+    /// Throws what a call's failure comes from, unless the call succeeded.
+    void check(int result) const;
+
+    /// For the calls that return the service's own result: throws when the call itself failed.
+    /// A negative result may come from the library as well as from the service.
+    void check_delivered(int result) const;
+
+    /// Whether the service has answered the latest call.
+    bool is_answering() const;
+
+private:
+    Failure diagnosis() const;
+
+    struct Unref {
+        void operator()(GDBusConnection *connection) const noexcept { g_object_unref(connection); }
+    };
+    std::unique_ptr<GDBusConnection, Unref> bus_;
+    std::unique_ptr<Watch> watch_;
+    bool is_open_ = false;
+};
+
+} // namespace pvrctl

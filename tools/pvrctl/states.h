@@ -1,0 +1,18 @@
+// Names beside the numbers of the service's states.
+#pragma once
+
+#include <string>
+
+#include "output.h"
+
+namespace pvrctl {
+
+/// {"code": 1, "name": "PLAY_STATE_PLAY"}; the name is null for a number without one.
+Json play_state_json(int code);
+Json record_state_json(int code);
+
+/// "playing (PLAY_STATE_PLAY)"; "state 99" for a number without a name.
+std::string play_state_text(int code);
+std::string record_state_text(int code);
+
+} // namespace pvrctl
