@@ -1,0 +1,191 @@
+"""scripts/demo tells its story with the development service, and fails with any that does not do its work."""
+import argparse
+import os
+import pathlib
+import pty
+import re
+import shlex
+import signal
+import subprocess
+import sys
+import tempfile
+import unittest
+
+OPTIONS = argparse.Namespace()
+
+# Beginnings of lines, in their order; others stand between them.
+STORY = """\
+The service is process NUMBER, pvr-simulator.
+The bus is unix:path=/
+1. The service runs, and nothing plays.
+$ pvrctl status
+checked: nothing plays
+$ pvr-make-stream
+$ pvrctl play start first.srf
+service | play_start(handle 1, uri
+service | signal: playback 1 is PLAY_STATE_PLAY at 0.0 s
+state      playing (PLAY_STATE_PLAY)
+checked: it plays
+$ pvrctl status 1
+checked: it has come to NUMBER s
+$ pvrctl play pause 1
+service | play_pause(handle 1)  ok
+service | signal: playback 1 is PLAY_STATE_PAUSE
+state      paused (PLAY_STATE_PAUSE)
+checked: still at NUMBER s
+$ pvrctl play resume 1
+service | play_resume(handle 1)  ok
+service | signal: playback 1 is PLAY_STATE_PLAY
+checked: from NUMBER s it has come to NUMBER s
+$ pvrctl play forward 1 --speed 4
+service | play_forward(handle 1, forward_type 2)  ok
+service | signal: playback 1 is PLAY_STATE_FF_2
+checked: from NUMBER s it has come to NUMBER s
+$ pvrctl play rewind 1 --speed 2
+service | play_rewind(handle 1, rewind_type 1)  ok
+service | signal: playback 1 is PLAY_STATE_REW_1
+checked: from NUMBER s it has gone back to NUMBER s
+$ pvrctl play skip 1 --to 120
+service | play_skip(handle 1, skip_type 0, skip_pos 120, rate 0)  ok
+checked: it is at NUMBER s
+$ pvrctl play step 1
+service | step_frame(handle 1)  ok
+service | signal: playback 1 is PLAY_STATE_FRAME_STEP
+checked: it stands at NUMBER s
+$ pvrctl play stop 1
+service | play_stop(handle 1)  ok
+service | signal: playback 1 is PLAY_STATE_STOP
+service | release_handle(handle 1)  ok
+checked: nothing plays on handle 1
+12. Nothing plays any more.
+$ pvrctl status
+checked: nothing plays
+This was the library at work.
+""".splitlines()
+
+# What a service says that claims to play.
+CLAIMS = {
+    "is_support_pvr": "(1,)",
+    "get_handle_for_playback": "(1, 0)",
+    "get_playback_uri_by_handle": "('/claimed.srf',)",
+    "get_progress": "(1, 0, 0, 0)",
+}
+
+
+def told_but_not_expected(output):
+    """The part of the story that is missing from some point on."""
+    lines = iter(output.splitlines())
+    for number, beginning in enumerate(STORY):
+        pattern = re.escape(beginning).replace("NUMBER", r"\d+")
+        if not any(re.match(pattern, line) for line in lines):
+            return STORY[number:]
+    return []
+
+
+class Demo(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory(prefix="pvr-demo-")
+        self.addCleanup(folder.cleanup)
+        self.folder = pathlib.Path(folder.name)
+        (self.folder / "tmp").mkdir()
+        self.environment = {**os.environ, "TMPDIR": str(self.folder / "tmp"), "TERM": "xterm"}
+        self.environment.pop("NO_COLOR", None)
+
+    def tearDown(self):
+        self.assertEqual(os.listdir(self.folder / "tmp"), [], "left behind")
+
+    def run_demo(self, *options):
+        done = subprocess.run([OPTIONS.demo, "--build", OPTIONS.build, *options], text=True, stdin=subprocess.DEVNULL,
+                              capture_output=True, check=False, env=self.environment)
+        return done.returncode, done.stdout, done.stderr
+
+    def service(self, *command):
+        script = self.folder / "service"
+        script.write_text(f"#!/bin/sh\nexec {shlex.join(command)}\n", encoding="utf-8")
+        script.chmod(0o755)
+        return "--service", str(script)
+
+    def idle_service(self, answers):
+        return self.service(OPTIONS.idle_service, *(f"{method}={values}" for method, values in answers.items()))
+
+
+class WithTheDevelopmentService(Demo):
+    def test_tells_the_whole_story_in_plain_text_of_80_columns(self):
+        status, output, complaint = self.run_demo()
+        self.assertEqual((status, complaint), (0, ""), output)
+        self.assertEqual(told_but_not_expected(output), [], output)
+        self.assertEqual([line for line in output.splitlines() if len(line) > 80 or not line.isprintable()], [])
+        # Every command is a process of its own, and none is the service.
+        processes = re.findall(r"process (\d+)", output)
+        self.assertEqual(len(processes), 1 + output.count("\n$ "))
+        self.assertEqual(len(set(processes)), len(processes))
+
+    def test_leaves_nothing_behind_when_it_is_interrupted_at_a_terminal(self):
+        demo, terminal = pty.fork()
+        if demo == 0:
+            os.execve(OPTIONS.demo, [OPTIONS.demo, "--build", OPTIONS.build], self.environment)
+        output = b""
+        is_interrupted = False
+        while True:
+            try:
+                output += os.read(terminal, 4096)
+            except OSError:  # nobody has the terminal open any more
+                break
+            if not is_interrupted and b"play pause 1" in output:
+                os.write(terminal, b"\x03")
+                is_interrupted = True
+        os.close(terminal)
+        self.assertEqual(os.waitstatus_to_exitcode(os.waitpid(demo, 0)[1]), 128 + signal.SIGINT)
+        self.assertTrue(output.endswith(b"demo: interrupted\r\n"), output)
+
+
+class WithAServiceThatDoesNotDoItsWork(Demo):
+    def assert_told(self, options, status, text):
+        found, output, complaint = self.run_demo(*options)
+        self.assertEqual(found, status, output)
+        self.assertIn(text, re.sub(r"\s+", " ", complaint))
+        self.assertNotIn("This was the library at work", output)
+
+    def test_fails_when_the_service_ends_at_once(self):
+        self.assert_told(("--service", "/bin/true"), 125, "the service /bin/true ended before it owned")
+
+    def test_fails_when_the_service_never_comes(self):
+        self.assert_told((*self.service("sleep", "infinity"), "--wait", "1"), 125,
+                         "does not own org.vexan.tv.pvr.server after 1 s")
+
+    def test_fails_when_the_service_answers_everything_with_nothing(self):
+        self.assert_told(self.idle_service({"is_support_pvr": "(1,)"}), 1,
+                         "expected 'pvrctl play start first.srf' to end with status 0 but it ended with 7")
+
+    def test_fails_when_the_service_says_that_it_plays_and_does_not(self):
+        self.assert_told(self.idle_service(CLAIMS), 1,
+                         "expected PLAY_STATE_PLAY and position >= 1 but it is PLAY_STATE_PLAY and position 0")
+
+
+class Options(Demo):
+    def test_that_are_wrong_are_refused(self):
+        for options, message in {
+            ("--nonsense",): "demo: '--nonsense' is no option; see --help\n",
+            ("--wait",): "demo: --wait needs a value; see --help\n",
+        }.items():
+            with self.subTest(options=options):
+                self.assertEqual(self.run_demo(*options), (2, "", message))
+
+    def test_help_tells_every_option(self):
+        status, output, complaint = self.run_demo("--help")
+        self.assertEqual((status, complaint), (0, ""))
+        for option in "--build FOLDER", "--service PROGRAM", "--wait SECONDS":
+            self.assertIn(option, output)
+
+    def test_a_build_without_the_programs_is_refused(self):
+        status, output, complaint = self.run_demo("--build", str(self.folder))
+        self.assertEqual((status, output), (1, ""))
+        self.assertEqual(complaint, f"demo: there is no {self.folder}/bin/pvr-sandbox\n")
+
+
+if __name__ == "__main__":
+    parser = argparse.ArgumentParser()
+    for option in "demo", "build", "idle-service":
+        parser.add_argument("--" + option, required=True)
+    _, rest = parser.parse_known_args(namespace=OPTIONS)
+    unittest.main(argv=sys.argv[:1] + rest, verbosity=2)
