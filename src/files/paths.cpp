@@ -1,14 +1,14 @@
 #include "files/paths.h"
 
+#include "client/log.h"
+#include "events/names.h"
+
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
 #include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include "client/log.h"
-#include "events/names.h"
 
 namespace pvr {
 namespace {
