@@ -23,10 +23,7 @@ RECORDED = 1700000000  # the end of the recording, in seconds since 1970 UTC
 
 def plain_environment():
     ours = {"DBUS_SYSTEM_BUS_ADDRESS", "PVR_PLATFORM_CONFIG", "PVR_SANDBOX", "PVR_LOG", "PVR_LOG_LEVEL"}
-    environment = {name: value for name, value in os.environ.items() if name not in ours}
-    if "TSAN_OPTIONS" in environment:  # which else has every process with threads wait a second at its end
-        environment["TSAN_OPTIONS"] += ":atexit_sleep_ms=0"
-    return environment
+    return {name: value for name, value in os.environ.items() if name not in ours}
 
 
 def lines(output):
