@@ -12,8 +12,10 @@ import unittest
 
 OPTIONS = argparse.Namespace()
 SIMULATOR = "gdbus call --system --dest org.vexan.tv.pvr.Simulator1 --object-path /org/vexan/tv/pvr_simulator --method"
-DELAY = f"{SIMULATOR} org.vexan.tv.pvr.Simulator1.DelayMethod get_handle_for_playback 1000 1 >/dev/null && "
-LIST = f"{SIMULATOR} org.vexan.tv.pvr.Simulator1.ListCalls 0"
+# Numbers bring their types: gdbus asks the service for them, and guesses when a slow one does not answer in time.
+DELAY = (f"{SIMULATOR} org.vexan.tv.pvr.Simulator1.DelayMethod get_handle_for_playback 'uint32 1000' 'uint32 1' "
+         ">/dev/null && ")
+LIST = f"{SIMULATOR} org.vexan.tv.pvr.Simulator1.ListCalls 'uint64 0'"
 NO_SERVICE = "the service gives no handle; does it run? (PVR_LOG=stderr tells more)\n"
 REFUSED = "the service does not play this recording (PVR_LOG=stderr tells more)\n"
 START = ["get_handle_for_playback", "play_start", "get_playback_uri_by_handle"]

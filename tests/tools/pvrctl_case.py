@@ -92,6 +92,9 @@ class SandboxedTest(PvrctlTest):
         return self.ask("org.vexan.tv.pvr.server", "/org/vexan/tv/pvr", "org.vexan.tv.pvr." + method, *arguments)
 
     def control(self, method, *arguments):
+        # Numbers bring their types: gdbus asks for them, and guesses when a slow service does not answer in time.
+        kind = "uint64" if method == "ListCalls" else "uint32"
+        arguments = [f"{kind} {value}" if isinstance(value, int) else value for value in arguments]
         return self.ask("org.vexan.tv.pvr.Simulator1", "/org/vexan/tv/pvr_simulator",
                         "org.vexan.tv.pvr.Simulator1." + method, *arguments)
 
