@@ -1,6 +1,7 @@
 #include "control.h"
 
 #include "method_row.h"
+#include "outcome.h"
 
 #include <stdexcept>
 #include <utility>
@@ -56,6 +57,8 @@ Control::Control(Service &service, const Log &log, std::function<void()> on_bus_
     connect(object_.get(), this, CONTROL_METHOD(delay_method), &Control::delay_method);
     connect(object_.get(), this, CONTROL_METHOD(fail_method), &Control::fail_method);
     connect(object_.get(), this, CONTROL_METHOD(clear_faults), &Control::clear_faults);
+    connect(object_.get(), this, CONTROL_METHOD(tune), &Control::tune);
+    connect(object_.get(), this, CONTROL_METHOD(set_date), &Control::set_date);
     connect(object_.get(), this, CONTROL_METHOD(vanish), &Control::vanish);
     connect(object_.get(), this, CONTROL_METHOD(return ), &Control::come_back);
 
@@ -121,6 +124,20 @@ Control::Done Control::fail_method(const char *method, const char *error, const 
 Control::Done Control::clear_faults()
 {
     service_.faults().clear();
+    return {};
+}
+
+Control::Done Control::tune(guint64 service_id)
+{
+    const Outcome outcome = service_.channels().tune(service_id);
+    if (!outcome.is_done())
+        return wrong_argument(outcome.reason);
+    return {};
+}
+
+Control::Done Control::set_date(gboolean is_set)
+{
+    service_.channels().set_date(is_set != FALSE);
     return {};
 }
 

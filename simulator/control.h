@@ -39,6 +39,8 @@ private:
     Done delay_method(const char *method, guint milliseconds, guint times);
     Done fail_method(const char *method, const char *error, const char *message, guint times);
     Done clear_faults();
+    Done tune(guint64 service_id);
+    Done set_date(gboolean is_set);
     Done vanish(guint milliseconds);
     Done come_back();
 

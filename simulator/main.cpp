@@ -1,14 +1,19 @@
 // A Recording service for developing applications on a machine that is no television.
 #include "control.h"
+#include "device_options.h"
 #include "log.h"
 #include "service.h"
 
 #include <CLI/CLI.hpp>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <glib-unix.h>
 #include <iostream>
 #include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -58,7 +63,7 @@ int complain(const std::string &reason)
     return failure;
 }
 
-int serve(const Log &log)
+int serve(const Log &log, std::vector<DeviceDescription> devices)
 {
     MainLoop loop;
     bool is_lost = false;
@@ -69,7 +74,7 @@ int serve(const Log &log)
         loop.end(failure);
     };
     try {
-        Service service(log, on_bus_lost);
+        Service service(log, std::move(devices), on_bus_lost);
         service.appear();
         const Control control(service, log, on_bus_lost);
         std::cout << "ready" << std::endl;
@@ -88,6 +93,17 @@ int main(int count, char **arguments)
                  "and what it sends. SIGTERM or Ctrl-C ends it.");
     bool is_quiet = false;
     app.add_flag("--quiet", is_quiet, "Tell only of failures");
+    std::vector<std::string> devices;
+    std::vector<std::string> slow_devices;
+    app.add_option("--device", devices,
+                   "A storage device NAME=FOLDER; everything in FOLDER is lost when an application formats\n"
+                   "the device. Given again: another one. Without any, and with PVR_SANDBOX set, the device\n"
+                   "usb1 in $PVR_SANDBOX/devices/usb1")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    app.add_option("--slow-device", slow_devices, "One that turns out to be too slow to be recorded to")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     app.set_version_flag("--version", PVR_VERSION);
     try {
         app.parse(count, arguments);
@@ -98,5 +114,16 @@ int main(int count, char **arguments)
     // Whoever reads the log may leave; the service stays.
     std::signal(SIGPIPE, SIG_IGN);
     std::setvbuf(stderr, nullptr, _IOLBF, BUFSIZ);
-    return serve(Log(is_quiet));
+    try {
+        const char *sandbox = std::getenv("PVR_SANDBOX");
+        const bool is_in_sandbox = sandbox != nullptr && *sandbox != '\0';
+        const bool are_given = !devices.empty() || !slow_devices.empty();
+        return serve(Log(is_quiet),
+                     is_in_sandbox && !are_given ? sandbox_devices(sandbox) : described_devices(devices, slow_devices));
+    } catch (const std::invalid_argument &error) {
+        complain(error.what());
+        return wrong_usage;
+    } catch (const std::runtime_error &error) { // of the file system
+        return complain(error.what());
+    }
 }

@@ -4,7 +4,7 @@
 
 #include "faults.h"
 #include "log.h"
-#include "player.h"
+#include "outcome.h"
 #include "pvr_gdbus_generated.h"
 
 #include <gio/gio.h>
@@ -30,6 +30,7 @@ Value to_wire(Value value)
 
 inline std::string shown_value(gint value) { return std::to_string(value); }
 inline std::string shown_value(gint64 value) { return std::to_string(value); }
+inline std::string shown_value(guint64 value) { return std::to_string(value); }
 inline std::string shown_value(const std::string &value) { return value.empty() ? "(none)" : shown(value); }
 inline std::string shown_value(GVariant *value) { return shown(value); }
 

@@ -8,14 +8,12 @@
 namespace simulator {
 namespace {
 
-constexpr int done = 0;
-constexpr int refused = -2;
 constexpr int yes = 1;
 
 } // namespace
 
-PlaybackMethods::PlaybackMethods(OrgVexanTvPvr *object, Signals &signals, const Log &log)
-    : signals_(signals), log_(log), player_(monotonic_now, open_recording,
+PlaybackMethods::PlaybackMethods(OrgVexanTvPvr *object, Handles &handles, Signals &signals, const Log &log)
+    : signals_(signals), log_(log), player_(handles, monotonic_now, open_recording,
                                             [this](const PlaybackEvent &event) { announce_playback(signals_, event); }),
       timer_([this] { advance(); })
 {
@@ -50,6 +48,12 @@ void PlaybackMethods::answered(const std::string &line)
     log_.line(line);
     signals_.publish();
     timer_.set(player_.due());
+}
+
+bool PlaybackMethods::is_playing()
+{
+    player_.advance();
+    return player_.is_playing();
 }
 
 void PlaybackMethods::advance()
@@ -92,10 +96,7 @@ Outcome PlaybackMethods::play_stop(int handle) { return player_.stop(handle); }
 
 Outcome PlaybackMethods::play_stop_by_uri(const char *uri) { return player_.stop_uri(uri); }
 
-Outcome PlaybackMethods::play_by_service_id(guint64)
-{
-    return {refused, "a recording's playback belongs to no channel"};
-}
+Outcome PlaybackMethods::play_by_service_id(guint64) { return refused("a recording's playback belongs to no channel"); }
 
 Outcome PlaybackMethods::stop_playing_and_recording(int handle, int) { return player_.stop(handle); }
 
@@ -106,7 +107,7 @@ std::tuple<int, gint64, gint64, int> PlaybackMethods::get_progress(int handle)
     player_.advance();
     const std::optional<Progress> progress = player_.progress(handle);
     if (!progress)
-        return {0, 0, 0, refused};
+        return {0, 0, 0, refused_result};
     return {progress->state, progress->relative_second, progress->absolute_second, done};
 }
 
@@ -116,11 +117,7 @@ std::tuple<int, int> PlaybackMethods::get_pvr_state()
     return {player_.state(), PS_RECORD_STATE_STOP};
 }
 
-std::tuple<int> PlaybackMethods::is_playing_multimedia()
-{
-    player_.advance();
-    return player_.is_playing() ? yes : 0;
-}
+std::tuple<int> PlaybackMethods::is_playing_multimedia() { return is_playing() ? yes : 0; }
 
 std::tuple<int> PlaybackMethods::is_support_pvr() { return yes; }
 

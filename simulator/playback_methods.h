@@ -1,7 +1,9 @@
 // The methods for handles and playback, and the signals that tell of playback.
 #pragma once
 
+#include "handles.h"
 #include "log.h"
+#include "outcome.h"
 #include "player.h"
 #include "pvr_gdbus_generated.h"
 #include "signals.h"
@@ -14,7 +16,10 @@ namespace simulator {
 
 class PlaybackMethods {
 public:
-    PlaybackMethods(OrgVexanTvPvr *object, Signals &signals, const Log &log);
+    PlaybackMethods(OrgVexanTvPvr *object, Handles &handles, Signals &signals, const Log &log);
+
+    /// Whether the picture is that of a recording.
+    bool is_playing();
 
     /// A call was answered: logs it, and sends what it caused.
     void answered(const std::string &line);

@@ -7,10 +7,6 @@
 namespace simulator {
 namespace {
 
-constexpr int refused_result = -2;
-
-Outcome refused(std::string reason) { return {refused_result, std::move(reason)}; }
-
 /// Where a skip leads from a position of a recording.
 struct Skip {
     Microseconds (*target)(Microseconds position, Microseconds length, Microseconds distance, int percent);
@@ -30,8 +26,8 @@ std::int64_t whole_seconds(Microseconds time) { return std::chrono::floor<std::c
 
 } // namespace
 
-Player::Player(Clock clock, Opener opener, Observer observer)
-    : clock_(std::move(clock)), opener_(std::move(opener)), observer_(std::move(observer))
+Player::Player(Handles &handles, Clock clock, Opener opener, Observer observer)
+    : handles_(handles), clock_(std::move(clock)), opener_(std::move(opener)), observer_(std::move(observer))
 {
 }
 

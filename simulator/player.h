@@ -3,6 +3,7 @@
 #pragma once
 
 #include "handles.h"
+#include "outcome.h"
 #include "playback.h"
 #include "pvr_events.h"
 #include "recording.h"
@@ -13,17 +14,6 @@
 #include <string>
 
 namespace simulator {
-
-/// Tells the time, from any origin.
-using Clock = std::function<Microseconds()>;
-
-/// What became of a request: done, or refused with a reason for the log.
-struct Outcome {
-    int result = 0;
-    std::string reason;
-
-    bool is_done() const { return result == 0; }
-};
 
 /// What happened to a playback.
 struct PlaybackEvent {
@@ -62,7 +52,7 @@ public:
     using Opener = std::function<Recording(const std::string &uri)>; ///< throws Unplayable
     using Observer = std::function<void(const PlaybackEvent &)>;
 
-    Player(Clock clock, Opener opener, Observer observer);
+    Player(Handles &handles, Clock clock, Opener opener, Observer observer);
 
     int get_handle();
     /// Stops its playback first.
@@ -114,10 +104,10 @@ private:
     void tell_answered(ps_method_e method, int handle, ps_play_state_e state, int result);
     ps_play_state_e state_of(int handle) const;
 
+    Handles &handles_;
     Clock clock_;
     Opener opener_;
     Observer observer_;
-    Handles handles_;
     std::optional<Current> current_;
 };
 

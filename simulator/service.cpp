@@ -10,9 +10,12 @@ constexpr char service_name[] = "org.vexan.tv.pvr.server";
 
 } // namespace
 
-Service::Service(const Log &log, std::function<void()> on_bus_lost)
+Service::Service(const Log &log, std::vector<DeviceDescription> devices, std::function<void()> on_bus_lost)
     : on_bus_lost_(std::move(on_bus_lost)), skeleton_(log), signals_(skeleton_.object(), log),
-      playback_(skeleton_.object(), signals_, log)
+      playback_(skeleton_.object(), handles_, signals_, log),
+      channels_(
+          skeleton_.object(), handles_, [this] { return playback_.is_playing(); }, signals_, log),
+      devices_(skeleton_.object(), std::move(devices), signals_, log)
 {
 }
 

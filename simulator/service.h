@@ -2,6 +2,10 @@
 #pragma once
 
 #include "bus.h"
+#include "channel_methods.h"
+#include "device_methods.h"
+#include "devices.h"
+#include "handles.h"
 #include "log.h"
 #include "playback_methods.h"
 #include "signals.h"
@@ -9,13 +13,14 @@
 
 #include <functional>
 #include <optional>
+#include <vector>
 
 namespace simulator {
 
 class Service {
 public:
     /// On no bus yet. on_bus_lost is called when the bus ends the service's connection.
-    Service(const Log &log, std::function<void()> on_bus_lost);
+    Service(const Log &log, std::vector<DeviceDescription> devices, std::function<void()> on_bus_lost);
 
     /// Comes to the bus under its name; does nothing when it is there. Throws std::runtime_error.
     void appear();
@@ -25,6 +30,7 @@ public:
 
     RecordedCalls &calls() { return skeleton_.calls(); }
     Faults &faults() { return skeleton_.faults(); }
+    ChannelMethods &channels() { return channels_; }
 
     /// Broadcasts any signal of the service's interface; the body is a tuple, taken over when it is
     /// floating. False, with the error set, when that
@@ -35,7 +41,10 @@ private:
     std::function<void()> on_bus_lost_;
     Skeleton skeleton_;
     Signals signals_;
+    Handles handles_;
     PlaybackMethods playback_;
+    ChannelMethods channels_;
+    DeviceMethods devices_;
     std::optional<Bus> bus_;
 };
 

@@ -36,7 +36,7 @@ TEST_F(Control, ListsTheCallsWithTheirArguments)
     EXPECT_EQ(calls(), "([],)");
     peer.call("get_handle");
     peer.call("play_start", "(1, '/a.srf', -3)");
-    peer.call("set_share_data", "(1, uint64 18446744073709551615)"); // answered or not
+    peer.call("set_share_data", "(1, uint64 18446744073709551615)");
     EXPECT_EQ(calls(), "([(1, 'get_handle', []), (2, 'play_start', [<1>, <'/a.srf'>, <-3>]), "
                        "(3, 'set_share_data', [<1>, <uint64 18446744073709551615>])],)");
     EXPECT_EQ(calls(2), "([(3, 'set_share_data', [<1>, <uint64 18446744073709551615>])],)");

@@ -75,6 +75,12 @@ std::string shown_record(int type, const std::string &digits)
     return text.str();
 }
 
+std::vector<std::string> command(std::vector<std::string> options)
+{
+    options.insert(options.begin(), "pvr-simulator");
+    return options;
+}
+
 } // namespace
 
 Peer::Peer()
@@ -184,7 +190,7 @@ Lines Peer::signals_until(const std::string &beginning)
     return lines;
 }
 
-Simulator::Simulator()
+Simulator::Simulator(const std::vector<std::string> &options) : program_(command(options))
 {
     if (const std::string line = program_.line(); line != "ready")
         throw std::runtime_error("the service is not ready: " + line + program_.complaints());

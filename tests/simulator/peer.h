@@ -54,7 +54,7 @@ private:
 /// The development service, from construction on. It has to end cleanly, without a leak, when the test ends.
 class Simulator {
 public:
-    Simulator();
+    explicit Simulator(const std::vector<std::string> &options = {});
     ~Simulator();
     Simulator(const Simulator &) = delete;
     Simulator &operator=(const Simulator &) = delete;
@@ -63,7 +63,7 @@ public:
     Lines log();
 
 private:
-    Program program_{{"pvr-simulator"}};
+    Program program_;
     bool is_over_ = false;
 };
 

@@ -73,7 +73,8 @@ protected:
         {"/a.srf", {"/a.srf", 100s, 5000s}},
         {"file:///b.srf", {"/b.srf", 10s, 6000s}},
     };
-    Player player{[this] { return now; },
+    Handles handles;
+    Player player{handles, [this] { return now; },
                   [this](const std::string &uri) {
                       const auto found = recordings.find(uri);
                       if (found == recordings.end())

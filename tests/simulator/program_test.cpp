@@ -7,7 +7,11 @@
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <glib.h>
 #include <gtest/gtest.h>
+#include <string>
+#include <utility>
+#include <vector>
 
 using namespace simulator_test;
 
@@ -56,7 +60,7 @@ TEST(SimulatorProgram, SaysNothingOfCallsWhenQuiet)
     ASSERT_EQ(program.line(), "ready");
     Peer peer;
     EXPECT_EQ(peer.call("get_handle"), "(1, 0)");
-    EXPECT_EQ(peer.call("format", "(1, 1)").substr(0, 40), "org.freedesktop.DBus.Error.UnknownMethod");
+    EXPECT_EQ(peer.call("set_fp_rec_time", "('/a.srf', 1)").substr(0, 40), "org.freedesktop.DBus.Error.UnknownMethod");
     program.signal(SIGTERM);
     EXPECT_EQ(program.wait(), 0);
     EXPECT_EQ(program.complaints(), "");
@@ -129,6 +133,70 @@ TEST(SimulatorProgram, StaysWhenNobodyReadsItsLog)
     EXPECT_EQ(peer.call("get_handle"), "(2, 0)");
     program.signal(SIGTERM);
     EXPECT_EQ(program.wait(), 0);
+}
+
+TEST(SimulatorProgram, HasOneDeviceInASandbox)
+{
+    const TemporaryFolder folder;
+    setenv("PVR_SANDBOX", (folder / "").c_str(), 1);
+    const Simulator simulator;
+    unsetenv("PVR_SANDBOX");
+    Peer peer;
+    EXPECT_EQ(peer.call("get_product_name", "('" + (folder / "devices/usb1") + "',)"), "('Development storage usb1',)");
+    EXPECT_EQ(peer.call("get_rec_device_name"), "('usb1', 0)");
+    EXPECT_TRUE(std::filesystem::is_directory(folder / "devices/usb1"));
+}
+
+TEST(SimulatorProgram, HasOnlyTheDevicesAskedForInASandbox)
+{
+    const TemporaryFolder folder;
+    setenv("PVR_SANDBOX", (folder / "").c_str(), 1);
+    const Simulator simulator({"--device", "none yet=" + (folder / "later")});
+    unsetenv("PVR_SANDBOX");
+    Peer peer;
+    EXPECT_EQ(peer.call("get_dev_total"), "(0, 0)");
+    EXPECT_EQ(folder.names(), Lines());
+    std::filesystem::create_directory(folder / "later");
+    EXPECT_EQ(peer.call("get_rec_device_name"), "('none yet', 0)");
+}
+
+TEST(SimulatorProgram, RefusesDevicesThatItMustNotFormat)
+{
+    const TemporaryFolder folder;
+    std::filesystem::create_directory_symlink("/", folder / "link");
+    const std::string home = std::filesystem::canonical(g_get_home_dir());
+    const std::string nested = "pvr-simulator: the folders of a and b overlap\n";
+    const std::pair<std::vector<std::string>, std::string> refusals[] = {
+        {{"--device", "a"}, "pvr-simulator: 'a' is not NAME=FOLDER\n"},
+        {{"--device", "=/a"}, "pvr-simulator: '=/a' is not NAME=FOLDER\n"},
+        {{"--slow-device", "a="}, "pvr-simulator: 'a=' is not NAME=FOLDER\n"},
+        {{"--device", "a=\xff"}, "pvr-simulator: the name or the folder of a device is not UTF-8\n"},
+        {{"--device", "a=/"}, "pvr-simulator: / holds the home folder, and a device can be formatted\n"},
+        {{"--device", "a=" + (folder / "link")},
+         "pvr-simulator: / holds the home folder, and a device can be formatted\n"},
+        {{"--device", "a=" + home + "/"},
+         "pvr-simulator: " + home + " holds the home folder, and a device can be formatted\n"},
+        {{"--device", "a=" + (folder / "a"), "--device", "b=" + (folder / "a/b")}, nested},
+        {{"--device", "a=" + (folder / "a/b"), "--slow-device", "b=" + (folder / "a")}, nested},
+        {{"--device", "a=" + (folder / "a"), "--device", "a=" + (folder / "b")},
+         "pvr-simulator: two devices are named a\n"},
+    };
+    for (const auto &[options, complaint] : refusals) {
+        std::vector<std::string> command{"pvr-simulator"};
+        command.insert(command.end(), options.begin(), options.end());
+        Program program(command);
+        EXPECT_EQ(program.wait(), 2) << complaint;
+        EXPECT_EQ(program.complaints(), complaint);
+    }
+}
+
+TEST(SimulatorProgram, SaysThatItCannotMakeTheDeviceOfASandbox)
+{
+    setenv("PVR_SANDBOX", "/dev/null", 1);
+    Program program({"pvr-simulator"});
+    unsetenv("PVR_SANDBOX");
+    EXPECT_EQ(program.wait(), 1);
+    EXPECT_NE(program.complaints().find("Not a directory"), std::string::npos) << program.complaints();
 }
 
 TEST(Programs, ExplainThemselves)

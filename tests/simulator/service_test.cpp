@@ -254,8 +254,8 @@ TEST_F(Service, RefusesChannelsSinceRecordingsBelongToNone)
 
 TEST_F(Service, SaysOfAnyOtherMethodThatItIsNotImplemented)
 {
-    EXPECT_EQ(peer.call("record_start", "(1, uint64 2, 0)"),
-              "org.freedesktop.DBus.Error.UnknownMethod: Method record_start is not implemented on interface "
+    EXPECT_EQ(peer.call("set_fp_rec_time", "('/a.srf', 1)"),
+              "org.freedesktop.DBus.Error.UnknownMethod: Method set_fp_rec_time is not implemented on interface "
               "org.vexan.tv.pvr");
     EXPECT_EQ(peer.call("get_handle", "(1,)").substr(0, 39), "org.freedesktop.DBus.Error.InvalidArgs:");
     EXPECT_EQ(peer.call("nothing_of_the_kind").substr(0, 41), "org.freedesktop.DBus.Error.UnknownMethod:");
@@ -286,7 +286,7 @@ TEST_F(Service, LogsALineForEachCallAndSignal)
 {
     pause_at(42);
     start(folder / "missing.srf", 0);
-    peer.call("is_available");
+    peer.call("set_fp_rec_time", "('/a.srf', 1)");
     peer.call("get_progress", "(1,)");
     peer.call("play_stop", "(2,)");
     Lines log = simulator.log();
@@ -311,7 +311,7 @@ TEST_F(Service, LogsALineForEachCallAndSignal)
                            ", startPos 0)  refused: No such file or directory",
                        "signal: playback 1, PS_PLAY_START refused with 2",
                        "signal: playback 1, PS_SIGNAL_TYPE_PLAY_ERROR",
-                       "is_available()  not implemented",
+                       "set_fp_rec_time(uri /a.srf, rec_time 1)  not implemented",
                        "get_progress(handle 1)  out_result 2, relative_second 42, absolute_second 1000000042, ok",
                        "play_stop(handle 2)  refused: no such handle",
                        "signal: playback 2, PS_PLAY_STOP refused with -2",

@@ -1,0 +1,28 @@
+// What became of a request, and the clock that models are given.
+#pragma once
+
+#include "playback.h"
+
+#include <functional>
+#include <string>
+#include <utility>
+
+namespace simulator {
+
+/// Tells the time, from any origin.
+using Clock = std::function<Microseconds()>;
+
+constexpr int done = 0;
+constexpr int refused_result = -2;
+
+/// Done, or refused with a reason for the log.
+struct Outcome {
+    int result = done;
+    std::string reason;
+
+    bool is_done() const { return result == done; }
+};
+
+inline Outcome refused(std::string reason) { return {refused_result, std::move(reason)}; }
+
+} // namespace simulator
