@@ -17,12 +17,6 @@ namespace {
 
 class DeviceService : public testing::Test {
 protected:
-    DeviceService()
-    {
-        for (const std::string &path : {one, two, slow})
-            fs::create_directory(path);
-    }
-
     /// Has a device measured, and waits until that is over.
     std::string measure(int device)
     {
@@ -30,12 +24,20 @@ protected:
         return peer.signals_until("result_to_apps (15").back();
     }
 
+    // The devices are there before the service is.
     TemporaryFolder folder;
-    const std::string one = folder / "one";
-    const std::string two = folder / "two";
-    const std::string slow = folder / "slow";
+    const std::string one = made("one");
+    const std::string two = made("two");
+    const std::string slow = made("slow");
     Simulator simulator{{"--device", "one=" + one, "--slow-device", "slow=" + slow, "--device", "two=" + two + "/"}};
     Peer peer;
+
+private:
+    std::string made(const std::string &name) const
+    {
+        fs::create_directory(folder / name);
+        return folder / name;
+    }
 };
 
 class NoDeviceService : public testing::Test {
@@ -150,6 +152,12 @@ TEST_F(DeviceService, LogsWhatHappens)
                                    "signal: device 3, PS_PERFORMANCE_TEST 0",
                                    "signal: device 1, PS_REMOVE_DEV",
                                }));
+}
+
+TEST_F(DeviceService, NoticesByItselfThatADeviceIsGone)
+{
+    fs::remove(two);
+    EXPECT_EQ(peer.signals_until("result_to_apps"), (Lines{"result_to_apps (102, <('" + two + "',)>)"}));
 }
 
 TEST_F(NoDeviceService, RefusesWhatNeedsADevice)
