@@ -71,7 +71,9 @@ Control::Control(Service &service, const Log &log, std::function<void()> on_bus_
 
 Control::~Control() { g_dbus_interface_skeleton_unexport(G_DBUS_INTERFACE_SKELETON(object_.get())); }
 
-void Control::answered(const std::string &line) { log_.line("control: " + line); }
+void Control::advance() { service_.set().advance(); }
+
+void Control::answered(const std::string &line) { service_.set().answered("control: " + line); }
 
 Control::Answer<GVariant *> Control::list_calls(guint64 after)
 {
@@ -129,15 +131,16 @@ Control::Done Control::clear_faults()
 
 Control::Done Control::tune(guint64 service_id)
 {
-    const Outcome outcome = service_.channels().tune(service_id);
-    if (!outcome.is_done())
-        return wrong_argument(outcome.reason);
+    if (service_.set().channels.find(service_id) == nullptr)
+        return wrong_argument("no such channel");
+    if (const Outcome outcome = service_.set().tune(service_id); !outcome.is_done())
+        return failed(outcome.reason);
     return {};
 }
 
 Control::Done Control::set_date(gboolean is_set)
 {
-    service_.channels().set_date(is_set != FALSE);
+    service_.set().channels.set_date(is_set != FALSE);
     return {};
 }
 

@@ -24,7 +24,9 @@ public:
     Control(const Control &) = delete;
     Control &operator=(const Control &) = delete;
 
-    /// A call was answered: logs it.
+    /// Lets happen what is due, as before a call of the service itself.
+    void advance();
+    /// A call was answered: logs it, and sends what it caused.
     void answered(const std::string &line);
 
 private:

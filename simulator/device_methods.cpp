@@ -1,6 +1,5 @@
 #include "device_methods.h"
 
-#include "device_news.h"
 #include "method_row.h"
 
 #include <algorithm>
@@ -37,12 +36,7 @@ std::tuple<std::string, int> name_of(const Devices::Device *device)
 
 } // namespace
 
-DeviceMethods::DeviceMethods(OrgVexanTvPvr *object, std::vector<DeviceDescription> devices, Signals &signals,
-                             const Log &log)
-    : signals_(signals), log_(log),
-      devices_(std::move(devices), monotonic_now, space_of,
-               [this](const DeviceEvent &event) { announce_device(signals_, log_, event); }),
-      timer_([this] { advance(); })
+DeviceMethods::DeviceMethods(OrgVexanTvPvr *object, Television &set) : MethodRoom(set)
 {
     connect(object, this, METHOD(format), &DeviceMethods::format);
     connect(object, this, METHOD(is_need_performance_test), &DeviceMethods::is_need_performance_test);
@@ -65,102 +59,87 @@ DeviceMethods::DeviceMethods(OrgVexanTvPvr *object, std::vector<DeviceDescriptio
     connect(object, this, METHOD(is_available), &DeviceMethods::is_available);
     connect(object, this, METHOD(get_product_name), &DeviceMethods::get_product_name);
     connect(object, this, METHOD(mkdir), &DeviceMethods::mkdir);
-    timer_.set(devices_.due());
 }
 
-void DeviceMethods::answered(const std::string &line)
+Outcome DeviceMethods::format(int handle, int)
 {
-    log_.line(line);
-    signals_.publish();
-    timer_.set(devices_.due());
+    return set_.recorder.is_writing_to(handle) ? refused("it is being recorded to") : set_.devices.format(handle);
 }
-
-void DeviceMethods::advance()
-{
-    devices_.advance();
-    signals_.publish();
-    timer_.set(devices_.due());
-}
-
-const Devices &DeviceMethods::present()
-{
-    devices_.advance();
-    return devices_;
-}
-
-Outcome DeviceMethods::format(int handle, int) { return devices_.format(handle); }
 
 std::tuple<int> DeviceMethods::is_need_performance_test(int handle)
 {
-    const Devices &devices = present();
+    const Devices &devices = set_.devices;
     const int asked = handle == Devices::none ? devices.first() : handle; // the library always asks about device 0
     if (devices.find(asked) == nullptr)
         return refused_result;
     return devices.measured(asked) == refused_result ? 1 : 0;
 }
 
-Outcome DeviceMethods::start_performance_test(int handle) { return devices_.measure(handle); }
+Outcome DeviceMethods::start_performance_test(int handle) { return set_.devices.measure(handle); }
 
-std::tuple<int> DeviceMethods::get_performance_test_result(int handle) { return present().measured(handle); }
+std::tuple<int> DeviceMethods::get_performance_test_result(int handle) { return set_.devices.measured(handle); }
 
-Outcome DeviceMethods::check_device(int handle) { return devices_.check(handle); }
+Outcome DeviceMethods::check_device(int handle) { return set_.devices.check(handle); }
 
-std::tuple<int, int> DeviceMethods::get_default_rec_device() { return answer(present().default_device()); }
+std::tuple<int, int> DeviceMethods::get_default_rec_device() { return answer(set_.devices.default_device()); }
 
-std::tuple<int, int> DeviceMethods::get_potential_rec_dev() { return answer(present().roomiest()); }
+std::tuple<int, int> DeviceMethods::get_potential_rec_dev() { return answer(set_.devices.roomiest()); }
 
-std::tuple<int, int> DeviceMethods::get_next_def_rec_dev() { return answer(present().next_default()); }
+std::tuple<int, int> DeviceMethods::get_next_def_rec_dev() { return answer(set_.devices.next_default()); }
 
-std::tuple<GVariant *, int, int> DeviceMethods::get_device_list(int length) { return listed(present().all(), length); }
+std::tuple<GVariant *, int, int> DeviceMethods::get_device_list(int length)
+{
+    return listed(set_.devices.all(), length);
+}
 
 std::tuple<GVariant *, int, int> DeviceMethods::get_rec_device_list(int length)
 {
-    return listed(present().recordable(), length);
+    return listed(set_.devices.recordable(), length);
 }
 
 std::tuple<GVariant *, int> DeviceMethods::get_device_info(int handle)
 {
-    const Devices::Device *device = present().find(handle);
+    const Devices::Device *device = set_.devices.find(handle);
     if (device == nullptr)
         return {g_variant_new("(iisssxx)", 0, 0, "", "", "", gint64{0}, gint64{0}), refused_result};
-    const Space space = devices_.space(handle);
+    const Space space = set_.devices.space(handle);
     return {g_variant_new("(iisssxx)", usb, unknown_file_system, device->description.name.c_str(),
                           device->product().c_str(), device->mount_path().c_str(), gint64{space.total},
                           gint64{space.available}),
             done};
 }
 
-std::tuple<int, int> DeviceMethods::get_dev_total() { return {count(present().all()), done}; }
+std::tuple<int, int> DeviceMethods::get_dev_total() { return {count(set_.devices.all()), done}; }
 
-std::tuple<int, int> DeviceMethods::get_record_dev_total() { return {count(present().recordable()), done}; }
+std::tuple<int, int> DeviceMethods::get_record_dev_total() { return {count(set_.devices.recordable()), done}; }
 
 std::tuple<std::string, int> DeviceMethods::get_rec_device_name()
 {
-    const Devices &devices = present();
+    const Devices &devices = set_.devices;
     return name_of(devices.find(devices.default_device()));
 }
 
-std::tuple<std::string, int> DeviceMethods::get_rec_dev_name(int handle) { return name_of(present().find(handle)); }
+std::tuple<std::string, int> DeviceMethods::get_rec_dev_name(int handle) { return name_of(set_.devices.find(handle)); }
 
-Outcome DeviceMethods::set_default_rec_device(int handle) { return devices_.set_default(handle); }
+Outcome DeviceMethods::set_default_rec_device(int handle) { return set_.devices.set_default(handle); }
 
 std::tuple<gint64, gint64> DeviceMethods::get_rec_dev_capacity()
 {
-    const Devices &devices = present();
+    const Devices &devices = set_.devices;
     const Space space = devices.space(devices.default_device());
     return {space.available, space.total};
 }
 
-std::tuple<int> DeviceMethods::is_exist_rec_device() { return present().recordable().empty() ? 0 : 1; }
+std::tuple<int> DeviceMethods::is_exist_rec_device() { return set_.devices.recordable().empty() ? 0 : 1; }
 
-std::tuple<int> DeviceMethods::is_available() { return present().is_available() ? 1 : 0; }
+std::tuple<int> DeviceMethods::is_available() { return set_.devices.is_available() ? 1 : 0; }
 
 std::tuple<std::string> DeviceMethods::get_product_name(const char *mount_path)
 {
-    const Devices::Device *device = present().mounted_at(mount_path);
+    const Devices::Device *device = set_.devices.mounted_at(mount_path);
     return device != nullptr ? device->product() : std::string();
 }
 
-Outcome DeviceMethods::mkdir(const char *path, int permissions) { return devices_.make_folder(path, permissions); }
+Outcome DeviceMethods::mkdir(const char *path, int permissions) { return set_.devices.make_folder(path, permissions); }
 
 } // namespace simulator

@@ -1,25 +1,18 @@
-// The methods for storage devices, and the signals that tell of them.
+// The methods for storage devices.
 #pragma once
 
-#include "devices.h"
-#include "log.h"
+#include "method_room.h"
 #include "outcome.h"
 #include "pvr_gdbus_generated.h"
-#include "signals.h"
-#include "timer.h"
 
 #include <string>
 #include <tuple>
-#include <vector>
 
 namespace simulator {
 
-class DeviceMethods {
+class DeviceMethods : public MethodRoom {
 public:
-    DeviceMethods(OrgVexanTvPvr *object, std::vector<DeviceDescription> devices, Signals &signals, const Log &log);
-
-    /// A call was answered: logs it, and sends what it caused.
-    void answered(const std::string &line);
+    DeviceMethods(OrgVexanTvPvr *object, Television &set);
 
 private:
     Outcome format(int handle, int dev_type);
@@ -43,16 +36,6 @@ private:
     std::tuple<int> is_available();
     std::tuple<std::string> get_product_name(const char *mount_path);
     Outcome mkdir(const char *path, int permissions);
-
-    /// The devices as they are now.
-    const Devices &present();
-    /// Lets what is due happen, and sends it.
-    void advance();
-
-    Signals &signals_;
-    const Log &log_;
-    Devices devices_;
-    Timer timer_;
 };
 
 } // namespace simulator

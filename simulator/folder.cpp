@@ -1,5 +1,7 @@
 #include "folder.h"
 
+#include "descriptor.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <dirent.h>
@@ -20,38 +22,27 @@ namespace {
 }
 
 /// A folder that is open.
-class Descriptor {
+class OpenFolder {
 public:
     /// Throws std::system_error when the name is no folder, or is a link.
-    Descriptor(int parent, const std::string &name, int flags = O_RDONLY)
+    OpenFolder(int parent, const std::string &name, int flags = O_RDONLY)
         : descriptor_(openat(parent, name.c_str(), flags | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC))
     {
-        if (descriptor_ < 0)
+        if (!descriptor_.is_open())
             give_up(errno, name);
     }
-    Descriptor(Descriptor &&other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
-    Descriptor &operator=(Descriptor &&other) noexcept
-    {
-        std::swap(descriptor_, other.descriptor_);
-        return *this;
-    }
-    ~Descriptor()
-    {
-        if (descriptor_ >= 0)
-            close(descriptor_);
-    }
 
-    int number() const { return descriptor_; }
+    int number() const { return descriptor_.number(); }
     dev_t file_system() const
     {
         struct stat status {};
-        if (fstat(descriptor_, &status) != 0)
+        if (fstat(number(), &status) != 0)
             give_up(errno, "fstat");
         return status.st_dev;
     }
 
 private:
-    int descriptor_;
+    Descriptor descriptor_;
 };
 
 struct Entry {
@@ -59,7 +50,7 @@ struct Entry {
     bool is_folder;
 };
 
-std::vector<Entry> entries_of(const Descriptor &folder)
+std::vector<Entry> entries_of(const OpenFolder &folder)
 {
     // A descriptor of its own: closedir closes it.
     const int copy = openat(folder.number(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
@@ -81,11 +72,11 @@ std::vector<Entry> entries_of(const Descriptor &folder)
     return entries;
 }
 
-void remove_entries(const Descriptor &folder, dev_t file_system)
+void remove_entries(const OpenFolder &folder, dev_t file_system)
 {
     for (const auto &[name, is_folder] : entries_of(folder)) {
         if (is_folder) {
-            const Descriptor inner(folder.number(), name);
+            const OpenFolder inner(folder.number(), name);
             if (inner.file_system() != file_system)
                 give_up(EXDEV, name);
             remove_entries(inner, file_system);
@@ -132,7 +123,7 @@ bool is_writable(const std::string &folder) { return access(folder.c_str(), W_OK
 
 void remove_content(const std::string &folder)
 {
-    const Descriptor descriptor(AT_FDCWD, folder);
+    const OpenFolder descriptor(AT_FDCWD, folder);
     remove_entries(descriptor, descriptor.file_system());
 }
 
@@ -141,9 +132,9 @@ void make_folder_below(const std::string &folder, std::string_view below, mode_t
     const std::vector<std::string> parts = parts_of(below);
     if (parts.empty())
         give_up(EEXIST, folder);
-    Descriptor parent(AT_FDCWD, folder, O_PATH);
+    OpenFolder parent(AT_FDCWD, folder, O_PATH);
     for (std::size_t i = 0; i + 1 < parts.size(); ++i)
-        parent = Descriptor(parent.number(), parts[i], O_PATH);
+        parent = OpenFolder(parent.number(), parts[i], O_PATH);
     if (mkdirat(parent.number(), parts.back().c_str(), mode) != 0)
         give_up(errno, parts.back());
 }

@@ -3,6 +3,7 @@
 #include "device_options.h"
 #include "log.h"
 #include "service.h"
+#include "source_options.h"
 
 #include <CLI/CLI.hpp>
 #include <csignal>
@@ -22,6 +23,7 @@ using namespace simulator;
 constexpr int success = 0;
 constexpr int failure = 1;
 constexpr int wrong_usage = 2;
+constexpr int most_tuners = 8;
 
 /// Runs the default main context until it is told how the program ends.
 class MainLoop {
@@ -63,7 +65,7 @@ int complain(const std::string &reason)
     return failure;
 }
 
-int serve(const Log &log, std::vector<DeviceDescription> devices)
+int serve(const Log &log, Equipment equipment)
 {
     MainLoop loop;
     bool is_lost = false;
@@ -74,7 +76,7 @@ int serve(const Log &log, std::vector<DeviceDescription> devices)
         loop.end(failure);
     };
     try {
-        Service service(log, std::move(devices), on_bus_lost);
+        Service service(log, std::move(equipment), on_bus_lost);
         service.appear();
         const Control control(service, log, on_bus_lost);
         std::cout << "ready" << std::endl;
@@ -104,6 +106,17 @@ int main(int count, char **arguments)
     app.add_option("--slow-device", slow_devices, "One that turns out to be too slow to be recorded to")
         ->expected(1)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    std::vector<std::string> sources;
+    app.add_option("--source", sources,
+                   "What a channel broadcasts, ID=SOURCE: a transport stream that starts again at its end, or\n"
+                   "exec:COMMAND for the standard output of a command. Given again: another channel.\n"
+                   "Without it a programme of silence")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    Equipment equipment;
+    app.add_option("--tuners", equipment.tuners, "How many channels can be received at the same time")
+        ->capture_default_str()
+        ->check(CLI::Range(1, most_tuners));
     app.set_version_flag("--version", PVR_VERSION);
     try {
         app.parse(count, arguments);
@@ -118,8 +131,10 @@ int main(int count, char **arguments)
         const char *sandbox = std::getenv("PVR_SANDBOX");
         const bool is_in_sandbox = sandbox != nullptr && *sandbox != '\0';
         const bool are_given = !devices.empty() || !slow_devices.empty();
-        return serve(Log(is_quiet),
-                     is_in_sandbox && !are_given ? sandbox_devices(sandbox) : described_devices(devices, slow_devices));
+        equipment.devices =
+            is_in_sandbox && !are_given ? sandbox_devices(sandbox) : described_devices(devices, slow_devices);
+        equipment.sources = described_sources(sources);
+        return serve(Log(is_quiet), std::move(equipment));
     } catch (const std::invalid_argument &error) {
         complain(error.what());
         return wrong_usage;

@@ -8,6 +8,7 @@
 namespace {
 
 constexpr int wrong_usage = 2;
+constexpr int highest_bit_rate = 50'000'000;
 
 } // namespace
 
@@ -15,10 +16,14 @@ int main(int count, char **arguments)
 {
     CLI::App app("Writes a transport stream that plays: one channel of silence, of constant bit rate.");
     int seconds = 60;
+    int bit_rate = simulator::TestProgramme::lowest_bit_rate;
     std::string path;
     app.add_option("--seconds", seconds, "How long it plays")
         ->capture_default_str()
         ->check(CLI::Range(1, simulator::longest_programme));
+    app.add_option("--bit-rate", bit_rate, "Of the whole stream, in bits per second")
+        ->capture_default_str()
+        ->check(CLI::Range(simulator::TestProgramme::lowest_bit_rate, highest_bit_rate));
     app.add_option("FILE", path, "The file to write, in place of one of the same name")->required();
     app.set_version_flag("--version", PVR_VERSION);
     try {
@@ -28,7 +33,7 @@ int main(int count, char **arguments)
     }
 
     try {
-        simulator::write_test_programme(path, seconds);
+        simulator::write_test_programme(path, seconds, bit_rate);
     } catch (const std::system_error &error) {
         std::cerr << "pvr-make-stream: cannot write " << error.what() << "\n";
         return 1;

@@ -57,6 +57,12 @@ std::string send(const Outcome &answer, GDBusMethodInvocation *, Reply reply)
     reply(answer.result);
     return answer.is_done() ? "ok" : "refused: " + answer.reason;
 }
+template <typename Reply>
+std::string send(const Untold &answer, GDBusMethodInvocation *, Reply reply)
+{
+    reply();
+    return answer.outcome.is_done() ? "ok" : "refused, untold: " + answer.outcome.reason;
+}
 template <typename Reply, typename... Out>
 std::string send(const std::tuple<Out...> &answer, GDBusMethodInvocation *invocation, Reply reply)
 {
@@ -88,6 +94,7 @@ struct Row {
         const Row &self = *static_cast<Row *>(row);
         std::string line = shown_call(*g_dbus_method_invocation_get_method_info(invocation),
                                       g_dbus_method_invocation_get_parameters(invocation));
+        self.room->advance();
         const Answer answer = (self.room->*self.answer)(arguments...);
         line += "  " + send(answer, invocation, [&](auto... value) { self.complete(object, invocation, value...); });
         self.room->answered(line);
@@ -99,9 +106,10 @@ struct Row {
 
 /// Has a room answer a method. The answer is
 ///     an Outcome for a method of org.vexan.tv.pvr that has only a result,
+///     an Untold for one that has nothing to answer,
 ///     a std::tuple of the method's outputs otherwise, with std::string for texts,
 ///     or a std::variant of such a tuple and a Failure.
-/// The reply goes first; then the room's answered(line) is called.
+/// First the room's advance() is called, for what is due; then the reply goes, and the room's answered(line) is called.
 template <typename Object, typename Interface, typename Room, typename Answer, typename Complete, typename... In>
 void connect(Object *object, Room *room, gboolean (*Interface::*)(Object *, GDBusMethodInvocation *, In...),
              Complete *complete, const char *signal, Answer (Room::*answer)(In...))

@@ -23,6 +23,11 @@ struct Outcome {
     bool is_done() const { return result == done; }
 };
 
+/// What became of a request whose answer has no room for it.
+struct Untold {
+    Outcome outcome;
+};
+
 inline Outcome refused(std::string reason) { return {refused_result, std::move(reason)}; }
 
 } // namespace simulator

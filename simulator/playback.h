@@ -4,6 +4,7 @@
 
 #include "pvr_events.h"
 
+#include <algorithm>
 #include <chrono>
 #include <optional>
 
@@ -34,6 +35,8 @@ public:
     void change_to(ps_play_state_e state, Microseconds now);
     /// Goes to a position, which is clamped to the recording; the state stays.
     void move_to(Microseconds position, Microseconds now);
+    /// The recording has become longer.
+    void extend_to(Microseconds length) { length_ = std::max(length_, length); }
     /// Stands still one frame further on.
     void step(Microseconds now);
 

@@ -1,26 +1,10 @@
 #include "playback_methods.h"
 
 #include "method_row.h"
-#include "playback_news.h"
-
-#include <optional>
 
 namespace simulator {
-namespace {
-
-constexpr int yes = 1;
-
-} // namespace
-
-PlaybackMethods::PlaybackMethods(OrgVexanTvPvr *object, Handles &handles, Signals &signals, const Log &log)
-    : signals_(signals), log_(log), player_(handles, monotonic_now, open_recording,
-                                            [this](const PlaybackEvent &event) { announce_playback(signals_, event); }),
-      timer_([this] { advance(); })
+PlaybackMethods::PlaybackMethods(OrgVexanTvPvr *object, Television &set) : MethodRoom(set)
 {
-    connect(object, this, METHOD(get_handle), &PlaybackMethods::get_handle);
-    connect(object, this, METHOD(get_handle_for_record), &PlaybackMethods::get_handle_for_record);
-    connect(object, this, METHOD(get_handle_for_playback), &PlaybackMethods::get_handle);
-    connect(object, this, METHOD(release_handle), &PlaybackMethods::release_handle);
     connect(object, this, METHOD(play_pause), &PlaybackMethods::play_pause);
     connect(object, this, METHOD(step_frame), &PlaybackMethods::step_frame);
     connect(object, this, METHOD(play_resume), &PlaybackMethods::play_resume);
@@ -31,102 +15,81 @@ PlaybackMethods::PlaybackMethods(OrgVexanTvPvr *object, Handles &handles, Signal
     connect(object, this, METHOD(play_stop), &PlaybackMethods::play_stop);
     connect(object, this, METHOD(play_stop_to_dtv), &PlaybackMethods::play_stop);
     connect(object, this, METHOD(play_stop_by_uri), &PlaybackMethods::play_stop_by_uri);
-    connect(object, this, METHOD(play_pause_by_service_id), &PlaybackMethods::play_by_service_id);
-    connect(object, this, METHOD(play_resume_by_service_id), &PlaybackMethods::play_by_service_id);
-    connect(object, this, METHOD(stop_playing_and_recording), &PlaybackMethods::stop_playing_and_recording);
-    connect(object, this, METHOD(get_progress), &PlaybackMethods::get_progress);
-    connect(object, this, METHOD(get_pvr_state), &PlaybackMethods::get_pvr_state);
+    connect(object, this, METHOD(play_pause_by_service_id), &PlaybackMethods::play_pause_by_service_id);
+    connect(object, this, METHOD(play_resume_by_service_id), &PlaybackMethods::play_resume_by_service_id);
     connect(object, this, METHOD(is_playing_multimedia), &PlaybackMethods::is_playing_multimedia);
-    connect(object, this, METHOD(is_support_pvr), &PlaybackMethods::is_support_pvr);
     connect(object, this, METHOD(get_play_state_by_service_id), &PlaybackMethods::get_play_state_by_service_id);
     connect(object, this, METHOD(sync_stop_playing), &PlaybackMethods::sync_stop_playing);
     connect(object, this, METHOD(get_playback_uri_by_handle), &PlaybackMethods::get_playback_uri_by_handle);
 }
 
-void PlaybackMethods::answered(const std::string &line)
+Outcome PlaybackMethods::play_pause(int handle) { return set_.player.pause(handle); }
+
+Outcome PlaybackMethods::step_frame(int handle) { return set_.player.step_frame(handle); }
+
+Outcome PlaybackMethods::play_resume(int handle) { return set_.player.resume(handle); }
+
+Outcome PlaybackMethods::play_forward(int handle, int forward_type)
 {
-    log_.line(line);
-    signals_.publish();
-    timer_.set(player_.due());
+    return set_.player.forward(handle, forward_type);
 }
 
-bool PlaybackMethods::is_playing()
-{
-    player_.advance();
-    return player_.is_playing();
-}
-
-void PlaybackMethods::advance()
-{
-    player_.advance();
-    signals_.publish();
-    timer_.set(player_.due());
-}
-
-std::tuple<int, int> PlaybackMethods::get_handle() { return {player_.get_handle(), done}; }
-
-std::tuple<GVariant *, int> PlaybackMethods::get_handle_for_record()
-{
-    return {g_variant_new_array(G_VARIANT_TYPE_INT32, nullptr, 0), 0}; // nothing records
-}
-
-Outcome PlaybackMethods::release_handle(int handle) { return player_.release(handle); }
-
-Outcome PlaybackMethods::play_pause(int handle) { return player_.pause(handle); }
-
-Outcome PlaybackMethods::step_frame(int handle) { return player_.step_frame(handle); }
-
-Outcome PlaybackMethods::play_resume(int handle) { return player_.resume(handle); }
-
-Outcome PlaybackMethods::play_forward(int handle, int forward_type) { return player_.forward(handle, forward_type); }
-
-Outcome PlaybackMethods::play_rewind(int handle, int rewind_type) { return player_.rewind(handle, rewind_type); }
+Outcome PlaybackMethods::play_rewind(int handle, int rewind_type) { return set_.player.rewind(handle, rewind_type); }
 
 Outcome PlaybackMethods::play_skip(int handle, int skip_type, int skip_pos, int rate)
 {
-    return player_.skip(handle, skip_type, skip_pos, rate);
+    return set_.player.skip(handle, skip_type, skip_pos, rate);
 }
 
 Outcome PlaybackMethods::play_start(int handle, const char *uri, int start_pos)
 {
-    return player_.start(handle, uri, start_pos);
+    return set_.player.start(handle, uri, start_pos);
 }
 
-Outcome PlaybackMethods::play_stop(int handle) { return player_.stop(handle); }
+Outcome PlaybackMethods::play_stop(int handle) { return set_.player.stop(handle); }
 
-Outcome PlaybackMethods::play_stop_by_uri(const char *uri) { return player_.stop_uri(uri); }
+Outcome PlaybackMethods::play_stop_by_uri(const char *uri) { return set_.player.stop_uri(uri); }
 
-Outcome PlaybackMethods::play_by_service_id(guint64) { return refused("a recording's playback belongs to no channel"); }
-
-Outcome PlaybackMethods::stop_playing_and_recording(int handle, int) { return player_.stop(handle); }
-
-Outcome PlaybackMethods::sync_stop_playing(const char *, int) { return player_.stop_all(); }
-
-std::tuple<int, gint64, gint64, int> PlaybackMethods::get_progress(int handle)
+Outcome PlaybackMethods::play_pause_by_service_id(guint64 service_id)
 {
-    player_.advance();
-    const std::optional<Progress> progress = player_.progress(handle);
-    if (!progress)
-        return {0, 0, 0, refused_result};
-    return {progress->state, progress->relative_second, progress->absolute_second, done};
+    const RunningRecording *shift = set_.recorder.timeshift_of(service_id);
+    if (shift == nullptr)
+        return refused("this channel is not timeshifted");
+    const int handle = shift->handle;
+    // What is watched until now is the broadcast itself, which is where the timeshift ends.
+    if (set_.player.uri(handle).empty())
+        if (Outcome outcome = set_.player.start(handle, shift->file.path(), set_.recorder.seconds(*shift));
+            !outcome.is_done())
+            return outcome;
+    Outcome outcome = set_.player.pause(handle);
+    if (outcome.is_done())
+        set_.recorder.set_timeshift_type(handle, PS_RECORD_TYPE_TIMESHIFT_PAUSE);
+    return outcome;
 }
 
-std::tuple<int, int> PlaybackMethods::get_pvr_state()
+Outcome PlaybackMethods::play_resume_by_service_id(guint64 service_id)
 {
-    player_.advance();
-    return {player_.state(), PS_RECORD_STATE_STOP};
+    const RunningRecording *shift = set_.recorder.timeshift_of(service_id);
+    if (shift == nullptr)
+        return refused("this channel is not timeshifted");
+    const int handle = shift->handle;
+    Outcome outcome = set_.player.resume(handle);
+    if (outcome.is_done())
+        set_.recorder.set_timeshift_type(handle, PS_RECORD_TYPE_TIMESHIFT_PLAY);
+    return outcome;
 }
 
-std::tuple<int> PlaybackMethods::is_playing_multimedia() { return is_playing() ? yes : 0; }
+Outcome PlaybackMethods::sync_stop_playing(const char *, int) { return set_.player.stop_all(); }
 
-std::tuple<int> PlaybackMethods::is_support_pvr() { return yes; }
+std::tuple<int> PlaybackMethods::is_playing_multimedia() { return set_.player.is_playing() ? 1 : 0; }
 
-std::tuple<int> PlaybackMethods::get_play_state_by_service_id(guint64) { return PLAY_STATE_NONE; }
-
-std::tuple<std::string> PlaybackMethods::get_playback_uri_by_handle(int handle)
+std::tuple<int> PlaybackMethods::get_play_state_by_service_id(guint64 service_id)
 {
-    player_.advance();
-    return player_.uri(handle);
+    const RunningRecording *shift = set_.recorder.timeshift_of(service_id);
+    const bool is_watched = shift != nullptr && !set_.player.uri(shift->handle).empty();
+    return is_watched ? set_.player.state() : PLAY_STATE_NONE;
 }
+
+std::tuple<std::string> PlaybackMethods::get_playback_uri_by_handle(int handle) { return set_.player.uri(handle); }
 
 } // namespace simulator

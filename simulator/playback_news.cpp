@@ -63,13 +63,6 @@ void reported(Signals &signals, const PlaybackEvent &event)
     signals.result(method, result_value(event.handle), playback(event) + ", " + name_of(method));
 }
 
-void became_busy(Signals &signals, const PlaybackEvent &event)
-{
-    signals.result(PS_PVR_STATE_CHANGE, result_value(event.result),
-                   std::string("the service is ") + (event.result != 0 ? "playing" : "idle") + ", " +
-                       name_of(PS_PVR_STATE_CHANGE) + " " + std::to_string(event.result));
-}
-
 } // namespace
 
 void announce_playback(Signals &signals, const PlaybackEvent &event)
@@ -85,9 +78,8 @@ void announce_playback(Signals &signals, const PlaybackEvent &event)
         reported<PS_PLAY_END>,
         noticed<PS_SIGNAL_TYPE_NOTIFY_PLAY_DONE>,
         noticed<PS_SIGNAL_TYPE_PLAY_ERROR>,
-        became_busy,
     };
-    static_assert(std::size(announcements) == PlaybackEvent::became_busy + 1);
+    static_assert(std::size(announcements) == PlaybackEvent::became_busy);
     announcements[event.kind](signals, event);
 }
 

@@ -6,7 +6,7 @@
 
 namespace simulator {
 
-/// Queues the signals that tell of an event.
+/// Queues the signals that tell of an event; of became_busy the set as a whole tells.
 void announce_playback(Signals &signals, const PlaybackEvent &event);
 
 } // namespace simulator

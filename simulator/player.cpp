@@ -26,8 +26,9 @@ std::int64_t whole_seconds(Microseconds time) { return std::chrono::floor<std::c
 
 } // namespace
 
-Player::Player(Handles &handles, Clock clock, Opener opener, Observer observer)
-    : handles_(handles), clock_(std::move(clock)), opener_(std::move(opener)), observer_(std::move(observer))
+Player::Player(Handles &handles, Clock clock, Opener opener, Growth growth, Observer observer)
+    : handles_(handles), clock_(std::move(clock)), opener_(std::move(opener)), growth_(std::move(growth)),
+      observer_(std::move(observer))
 {
 }
 
@@ -77,6 +78,7 @@ Outcome Player::start(int handle, const std::string &uri, int start_second)
     const Playback playback(recording->length, std::chrono::seconds(start_second), now);
     observer_({.kind = PlaybackEvent::will_start, .handle = handle, .position = playback.position(now), .uri = uri});
     current_ = {handle, uri, std::move(*recording), playback};
+    follow_growth();
     if (!was_playing)
         observer_({.kind = PlaybackEvent::became_busy, .result = 1});
     tell_answered(PS_PLAY_START, handle, state(), 0);
@@ -177,6 +179,12 @@ Outcome Player::stop_uri(const std::string &uri)
     return is_named ? stop(current_->handle) : refused("it does not play");
 }
 
+void Player::stop_path(const std::string &path)
+{
+    if (plays_from(path))
+        stop(current_->handle);
+}
+
 Outcome Player::stop_all()
 {
     advance();
@@ -204,15 +212,42 @@ std::optional<Progress> Player::progress(int handle) const
     return Progress{state(), whole_seconds(position), whole_seconds(began + position)};
 }
 
-std::optional<Microseconds> Player::due() const { return current_ ? current_->playback.arrival() : std::nullopt; }
+std::optional<Microseconds> Player::due() const
+{
+    // What is played as it is written has no end to arrive at, except by winding.
+    constexpr auto winds_forward = [](ps_play_state_e state) {
+        return state >= PLAY_STATE_FF_1 && state <= PLAY_STATE_FF_7;
+    };
+    if (!current_ || (current_->is_growing && !current_->playback.runs_backwards() && !winds_forward(state())))
+        return std::nullopt;
+    return current_->playback.arrival();
+}
+
+void Player::follow_growth()
+{
+    if (!current_)
+        return;
+    const std::optional<Microseconds> length = growth_(current_->recording.path);
+    current_->is_growing = length.has_value();
+    if (!length)
+        return;
+    Recording &recording = current_->recording;
+    recording.ended += *length - recording.length;
+    recording.length = *length;
+    current_->playback.extend_to(*length);
+}
 
 void Player::advance()
 {
+    follow_growth();
     for (auto moment = due(); moment && *moment <= clock_(); moment = due()) {
         if (current_->playback.runs_backwards()) {
             // From the very moment of the arrival on, however late this is noticed.
             current_->playback.change_to(PLAY_STATE_PLAY, *moment);
             tell(PlaybackEvent::reached_beginning);
+            tell(PlaybackEvent::changed);
+        } else if (current_->is_growing) {
+            current_->playback.change_to(PLAY_STATE_PLAY, clock_());
             tell(PlaybackEvent::changed);
         } else {
             tell(PlaybackEvent::reached_end);

@@ -50,9 +50,11 @@ struct Progress {
 class Player {
 public:
     using Opener = std::function<Recording(const std::string &uri)>; ///< throws Unplayable
+    /// How long a file is by now that is still being written; nothing for any other.
+    using Growth = std::function<std::optional<Microseconds>(const std::string &path)>;
     using Observer = std::function<void(const PlaybackEvent &)>;
 
-    Player(Handles &handles, Clock clock, Opener opener, Observer observer);
+    Player(Handles &handles, Clock clock, Opener opener, Growth growth, Observer observer);
 
     int get_handle();
     /// Stops its playback first.
@@ -70,6 +72,8 @@ public:
     Outcome step_frame(int handle);
     Outcome stop(int handle);
     Outcome stop_uri(const std::string &uri);
+    /// Stops what plays from this file, which goes away.
+    void stop_path(const std::string &path);
     /// Stops whatever plays; done as well when nothing does.
     Outcome stop_all();
 
@@ -78,6 +82,7 @@ public:
     ps_play_state_e state() const;
     /// The uri as it was given; empty when the handle plays nothing.
     std::string uri(int handle) const;
+    bool plays_from(const std::string &path) const { return current_ && current_->recording.path == path; }
     std::optional<Progress> progress(int handle) const;
 
     /// When something will happen by itself: end or beginning reached. Nothing when nothing will.
@@ -91,6 +96,7 @@ private:
         std::string uri;
         Recording recording;
         Playback playback;
+        bool is_growing = false;
     };
 
     /// Runs a command on the playback of a handle, and tells the observer what became of it.
@@ -98,6 +104,7 @@ private:
     Outcome command(ps_method_e method, int handle, Command carry_out);
     Outcome check_playing(int handle) const;
     Outcome wind(ps_method_e method, int handle, std::optional<ps_play_state_e> state);
+    void follow_growth();
     void end_playback();
     void go_idle();
     void tell(PlaybackEvent::Kind kind);
@@ -107,6 +114,7 @@ private:
     Handles &handles_;
     Clock clock_;
     Opener opener_;
+    Growth growth_;
     Observer observer_;
     std::optional<Current> current_;
 };

@@ -1,6 +1,7 @@
 #include "recording.h"
 
 #include "client/owned.h"
+#include "descriptor.h"
 #include "transport_stream.h"
 
 #include <cerrno>
@@ -9,31 +10,12 @@
 #include <glib.h>
 #include <string_view>
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace simulator {
 namespace {
 
 constexpr std::string_view recording_extension = ".srf";
 constexpr ps_os_error_e last_named_error = PS_MATH_RESULT_NOT_REPRESENTABLE;
-
-/// A file open for reading.
-class File {
-public:
-    explicit File(const std::string &path) : descriptor_(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {}
-    ~File()
-    {
-        if (descriptor_ >= 0)
-            close(descriptor_);
-    }
-    File(const File &) = delete;
-    File &operator=(const File &) = delete;
-
-    int descriptor() const { return descriptor_; }
-
-private:
-    int descriptor_;
-};
 
 [[noreturn]] void give_up(int error)
 {
@@ -63,9 +45,9 @@ Recording open_recording(const std::string &uri)
         throw Unplayable(PS_INVALID_ARGUMENT, "no recording: its name does not end in .srf");
 
     // Never waits: what is no regular file is refused before anything is read from it.
-    const File file(*path);
+    const Descriptor file(open(path->c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     struct stat status {};
-    if (file.descriptor() < 0 || fstat(file.descriptor(), &status) != 0)
+    if (!file.is_open() || fstat(file.number(), &status) != 0)
         give_up(errno);
     if (S_ISDIR(status.st_mode))
         give_up(EISDIR);
@@ -73,7 +55,7 @@ Recording open_recording(const std::string &uri)
         throw Unplayable(PS_INVALID_ARGUMENT, "no regular file");
 
     try {
-        const Microseconds length = transport_stream_length(file.descriptor(), status.st_size);
+        const Microseconds length = transport_stream_length(file.number(), status.st_size);
         const Microseconds ended =
             std::chrono::seconds(status.st_mtim.tv_sec) + Microseconds(status.st_mtim.tv_nsec / 1000);
         return {*path, length, ended};

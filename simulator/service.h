@@ -4,23 +4,24 @@
 #include "bus.h"
 #include "channel_methods.h"
 #include "device_methods.h"
-#include "devices.h"
-#include "handles.h"
+#include "handle_methods.h"
 #include "log.h"
 #include "playback_methods.h"
-#include "signals.h"
+#include "recording_file_methods.h"
+#include "recording_methods.h"
+#include "recording_query_methods.h"
 #include "skeleton.h"
+#include "television.h"
 
 #include <functional>
 #include <optional>
-#include <vector>
 
 namespace simulator {
 
 class Service {
 public:
     /// On no bus yet. on_bus_lost is called when the bus ends the service's connection.
-    Service(const Log &log, std::vector<DeviceDescription> devices, std::function<void()> on_bus_lost);
+    Service(const Log &log, Equipment equipment, std::function<void()> on_bus_lost);
 
     /// Comes to the bus under its name; does nothing when it is there. Throws std::runtime_error.
     void appear();
@@ -30,7 +31,7 @@ public:
 
     RecordedCalls &calls() { return skeleton_.calls(); }
     Faults &faults() { return skeleton_.faults(); }
-    ChannelMethods &channels() { return channels_; }
+    Television &set() { return set_; }
 
     /// Broadcasts any signal of the service's interface; the body is a tuple, taken over when it is
     /// floating. False, with the error set, when that
@@ -40,9 +41,12 @@ public:
 private:
     std::function<void()> on_bus_lost_;
     Skeleton skeleton_;
-    Signals signals_;
-    Handles handles_;
+    Television set_;
+    HandleMethods handles_;
     PlaybackMethods playback_;
+    RecordingMethods recordings_;
+    RecordingQueryMethods recording_queries_;
+    RecordingFileMethods recording_files_;
     ChannelMethods channels_;
     DeviceMethods devices_;
     std::optional<Bus> bus_;

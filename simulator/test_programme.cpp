@@ -3,16 +3,18 @@
 #include "new_file.h"
 
 #include <algorithm>
+#include <iterator>
 #include <span>
+#include <system_error>
 #include <vector>
 
 namespace simulator {
 namespace {
 
-constexpr std::uint64_t packets_per_frame = 3;
-constexpr std::int64_t ticks_per_packet = system_clock_rate / TestProgramme::packets_per_second;
-constexpr std::int64_t ticks_per_frame = ticks_per_packet * static_cast<std::int64_t>(packets_per_frame);
-/// How long before it is due a frame arrives.
+constexpr std::size_t header_size = 4; ///< of a packet
+constexpr std::uint64_t bits_per_packet = 8 * packet_size;
+constexpr std::int64_t ticks_per_frame = system_clock_rate * 24 / 1000;
+/// How long before it is due what is presented arrives.
 constexpr std::int64_t lead = system_clock_rate / 5;
 
 constexpr std::uint8_t payload_only = 0x10;
@@ -23,12 +25,30 @@ constexpr std::uint8_t starts_a_unit = 0x40;
 constexpr std::size_t frame_size = 96;
 constexpr std::uint8_t frame_header[] = {0xff, 0xfd, 0x14, 0xc4};
 
-constexpr std::size_t pes_header_size = 14;
+constexpr std::size_t pes_header_size = 14; ///< with a presentation time
 constexpr std::uint8_t audio_stream_id = 0xc0;
-constexpr std::uint8_t mpeg1_audio = 0x03; ///< stream type
+constexpr std::uint8_t private_stream_id = 0xbd;
+constexpr std::uint8_t mpeg1_audio = 0x03;  ///< stream type
+constexpr std::uint8_t private_data = 0x06; ///< stream type: private data in PES packets
 
 std::uint8_t high(unsigned value) { return static_cast<std::uint8_t>(value >> 8); }
 std::uint8_t low(unsigned value) { return static_cast<std::uint8_t>(value); }
+
+/// All its bytes, the highest first.
+template <typename Number>
+void write_number(std::uint8_t *to, Number number)
+{
+    for (std::size_t i = sizeof number; i-- > 0; number = static_cast<Number>(number >> 8))
+        to[i] = static_cast<std::uint8_t>(number);
+}
+
+/// When a packet arrives, in ticks. Whole seconds apart, so that the product does not overflow within a day.
+std::int64_t arrival(std::uint64_t index, std::uint64_t bit_rate)
+{
+    constexpr auto rate = static_cast<std::uint64_t>(system_clock_rate);
+    const std::uint64_t bits = index * bits_per_packet;
+    return static_cast<std::int64_t>(bits / bit_rate * rate + (bits % bit_rate * rate + bit_rate / 2) / bit_rate);
+}
 
 /// The CRC of the tables: polynomial 0x04c11db7, from all ones, nothing reflected.
 std::uint32_t checksum(std::span<const std::uint8_t> bytes)
@@ -62,33 +82,61 @@ void write_time(std::uint8_t *to, std::uint64_t time)
     to[4] = static_cast<std::uint8_t>(time << 1 | 1);
 }
 
+/// A packet that starts a unit, with nothing in it.
+Packet new_packet(std::uint16_t pid, std::uint8_t content, std::uint64_t number)
+{
+    Packet packet;
+    packet.fill(0xff);
+    packet[0] = sync_byte;
+    packet[1] = static_cast<std::uint8_t>(starts_a_unit | high(pid));
+    packet[2] = low(pid);
+    packet[3] = static_cast<std::uint8_t>(content | (number & 0xf));
+    return packet;
+}
+
+/// The header of a PES packet of this whole size: aligned, and to be presented at this time.
+void write_pes_header(std::uint8_t *to, std::uint8_t stream_id, unsigned size, std::int64_t ticks)
+{
+    constexpr unsigned uncounted = 6;
+    const unsigned length = size - uncounted;
+    const std::uint8_t head[] = {0, 0, 1, stream_id, high(length), low(length), 0x84, 0x80, 5};
+    write_time(std::copy(std::begin(head), std::end(head), to),
+               static_cast<std::uint64_t>(ticks % clock_wrap / ticks_per_base));
+}
+
 } // namespace
+
+TestProgramme::TestProgramme(int bit_rate) : bit_rate_(static_cast<std::uint64_t>(bit_rate))
+{
+    if (bit_rate < lowest_bit_rate)
+        throw std::system_error(std::make_error_code(std::errc::invalid_argument),
+                                "a bit rate of " + std::to_string(bit_rate));
+}
 
 Packet TestProgramme::next()
 {
-    constexpr Packet (TestProgramme::*turns[packets_per_frame])() = {&TestProgramme::association, &TestProgramme::map,
-                                                                     &TestProgramme::audio};
-    const Packet packet = (this->*turns[index_ % packets_per_frame])();
+    using Turn = Packet (TestProgramme::*)() const;
+    constexpr Turn turns[] = {&TestProgramme::association, &TestProgramme::map, &TestProgramme::audio};
+    const bool is_of_frame = turn_ != 0 || is_frame_due();
+    const Packet packet = is_of_frame ? (this->*turns[turn_])() : count();
     ++index_;
+    if (is_of_frame) {
+        turn_ = (turn_ + 1) % std::size(turns);
+        frames_ += turn_ == 0 ? 1 : 0;
+    } else {
+        ++counts_;
+    }
     return packet;
 }
 
-/// A packet that holds one section, to which its checksum is added.
-Packet TestProgramme::table(std::uint16_t pid, const std::uint8_t *section, std::size_t size)
+/// Whether the next packet arrives when the next frame's turn has come, or later. At the lowest rate it always does.
+bool TestProgramme::is_frame_due() const
 {
-    const auto counter = static_cast<std::uint8_t>(index_ / packets_per_frame & 0xf);
-    Packet packet;
-    packet.fill(0xff);
-    const std::uint8_t head[] = {sync_byte, static_cast<std::uint8_t>(starts_a_unit | high(pid)), low(pid),
-                                 static_cast<std::uint8_t>(payload_only | counter), 0 /* the section starts at once */};
-    auto *to = std::copy_n(section, size, std::copy(std::begin(head), std::end(head), packet.begin()));
-    const std::uint32_t crc = checksum({section, size});
-    for (unsigned i = 0; i < 4; ++i)
-        *to++ = static_cast<std::uint8_t>(crc >> (24 - 8 * i));
-    return packet;
+    constexpr std::uint64_t frames_per_3_seconds = 125;
+    return index_ * bits_per_packet * frames_per_3_seconds >= frames_ * bit_rate_ * 3;
 }
 
-Packet TestProgramme::association()
+Packet TestProgramme::association() const
 {
     constexpr std::uint16_t association_pid = 0;
     const std::uint8_t section[] = {
@@ -105,15 +153,15 @@ Packet TestProgramme::association()
         static_cast<std::uint8_t>(0xe0 | high(map_pid)),
         low(map_pid),
     };
-    return table(association_pid, section, sizeof section);
+    return table(association_pid, section);
 }
 
-Packet TestProgramme::map()
+Packet TestProgramme::map() const
 {
-    const std::uint8_t section[] = {
+    std::uint8_t section[] = {
         0x02, // table id
         0xb0,
-        18, // length behind here
+        23, // length behind here
         high(programme_number),
         low(programme_number),
         0xc1,
@@ -128,47 +176,65 @@ Packet TestProgramme::map()
         low(audio_pid),
         0xf0,
         0, // no descriptors
+        private_data,
+        static_cast<std::uint8_t>(0xe0 | high(count_pid)),
+        low(count_pid),
+        0xf0,
+        0, // no descriptors
     };
-    return table(map_pid, section, sizeof section);
+    if (bit_rate_ > lowest_bit_rate)
+        return table(map_pid, section);
+    constexpr std::uint8_t entry_size = 5;
+    section[2] -= entry_size;
+    return table(map_pid, std::span(section).first<sizeof section - entry_size>());
 }
 
-Packet TestProgramme::audio()
+/// A packet that holds one section, to which its checksum is added.
+Packet TestProgramme::table(std::uint16_t pid, std::span<const std::uint8_t> section) const
 {
-    constexpr std::size_t payload_size = pes_header_size + frame_size;
-    constexpr std::size_t adaptation_size = packet_size - 4 - payload_size;
-    constexpr std::size_t behind_length = 6; // what the length of a PES packet does not count
-    const std::uint64_t frame = index_ / packets_per_frame;
-    const std::int64_t arrives = static_cast<std::int64_t>(index_) * ticks_per_packet;
-    const std::int64_t due = static_cast<std::int64_t>(frame) * ticks_per_frame + lead;
+    Packet packet = new_packet(pid, payload_only, frames_);
+    packet[header_size] = 0; // the section starts at once
+    write_number(std::copy(section.begin(), section.end(), &packet[header_size + 1]), checksum(section));
+    return packet;
+}
 
-    Packet packet;
-    packet.fill(0xff);
-    const std::uint8_t head[] = {sync_byte,           static_cast<std::uint8_t>(starts_a_unit | high(audio_pid)),
-                                 low(audio_pid),      static_cast<std::uint8_t>(adaptation_and_payload | (frame & 0xf)),
-                                 adaptation_size - 1, 0x50}; // may be entered here; has a clock reference
-    std::copy(std::begin(head), std::end(head), packet.begin());
-    write_clock_reference(&packet[6], arrives % clock_wrap);
+Packet TestProgramme::audio() const
+{
+    constexpr std::size_t unit_size = pes_header_size + frame_size;
+    constexpr std::size_t adaptation_size = packet_size - header_size - unit_size;
+    Packet packet = new_packet(audio_pid, adaptation_and_payload, frames_);
+    packet[4] = adaptation_size - 1;
+    packet[5] = 0x50; // may be entered here; has a clock reference
+    write_clock_reference(&packet[6], arrival(index_, bit_rate_) % clock_wrap);
 
-    std::uint8_t *pes = packet.data() + 4 + adaptation_size;
-    const std::uint8_t pes_head[] = {0,    0,    1, audio_stream_id, 0, payload_size - behind_length,
-                                     0x84, 0x80, 5}; // aligned; a presentation time of 5 bytes follows
-    std::copy(std::begin(pes_head), std::end(pes_head), pes);
-    write_time(pes + sizeof pes_head, static_cast<std::uint64_t>(due % clock_wrap / ticks_per_base));
-
-    std::uint8_t *silence = pes + pes_header_size;
+    std::uint8_t *unit = &packet[header_size + adaptation_size];
+    write_pes_header(unit, audio_stream_id, unit_size, static_cast<std::int64_t>(frames_) * ticks_per_frame + lead);
+    std::uint8_t *silence = unit + pes_header_size;
     std::fill_n(std::copy(std::begin(frame_header), std::end(frame_header), silence), frame_size - sizeof frame_header,
                 std::uint8_t{0});
     return packet;
 }
 
-void write_test_programme(const std::string &path, int seconds)
+Packet TestProgramme::count() const
 {
+    Packet packet = new_packet(count_pid, payload_only, counts_);
+    write_pes_header(&packet[header_size], private_stream_id, packet_size - header_size,
+                     arrival(index_, bit_rate_) + lead);
+    write_number(&packet[header_size + pes_header_size], counts_);
+    return packet;
+}
+
+void write_test_programme(const std::string &path, int seconds, int bit_rate)
+{
+    TestProgramme programme(bit_rate);
     NewFile file(path);
-    TestProgramme programme;
     std::vector<std::uint8_t> second;
-    for (int i = 0; i < seconds; ++i) {
+    std::uint64_t packets = 0;
+    for (int i = 1; i <= seconds; ++i) {
+        const std::uint64_t end =
+            static_cast<std::uint64_t>(i) * static_cast<std::uint64_t>(bit_rate) / bits_per_packet;
         second.clear();
-        for (int packets = 0; packets < TestProgramme::packets_per_second; ++packets) {
+        for (; packets < end; ++packets) {
             const Packet packet = programme.next();
             second.insert(second.end(), packet.begin(), packet.end());
         }

@@ -2,6 +2,7 @@
 
 #include "bus/main_context.h"
 #include "events/names.h"
+#include "pvr_events.h"
 #include "pvr_records.h"
 #include "support/private_bus.h"
 
@@ -9,6 +10,7 @@
 #include <csignal>
 #include <cstring>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <sstream>
 #include <stdexcept>
 #include <utility>
@@ -67,9 +69,16 @@ std::string shown_record(int type, const std::string &digits)
     if (bytes.size() != sizeof record)
         throw std::runtime_error("a record of " + std::to_string(bytes.size()) + " bytes");
     std::memcpy(&record, bytes.data(), sizeof record);
+    constexpr int of_playbacks[] = {PS_SIGNAL_TYPE_PLAY_STATE_CHANGE,      PS_SIGNAL_TYPE_PLAY_ERROR,
+                                    PS_SIGNAL_TYPE_NOTIFY_PRE_PLAY_START,  PS_SIGNAL_TYPE_NOTIFY_PLAY_DONE,
+                                    PS_SIGNAL_TYPE_NOTIFY_TRICKMODE_START, PS_SIGNAL_TYPE_NOTIFY_SKIP_START};
+    const bool is_of_playback =
+        std::find(std::begin(of_playbacks), std::end(of_playbacks), type) != std::end(of_playbacks);
     std::ostringstream text;
     text << pvr::_get_pvr_macro_name(pvr::ps_signal_type_e_str, type) << " of " << int{record.handle} << ": "
-         << pvr::_get_pvr_macro_name(pvr::ps_play_state_e_str, record.current_state) << " " << record.uri;
+         << pvr::_get_pvr_macro_name(is_of_playback ? pvr::ps_play_state_e_str : pvr::ps_record_state_e_str,
+                                     record.current_state)
+         << " " << record.uri;
     if (record.result != 0)
         text << " error " << int{record.result};
     return text.str();

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 #include <map>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -73,6 +74,7 @@ protected:
         {"/a.srf", {"/a.srf", 100s, 5000s}},
         {"file:///b.srf", {"/b.srf", 10s, 6000s}},
     };
+    std::map<std::string, Microseconds> growing; ///< the length so far of what is still being written
     Handles handles;
     Player player{handles, [this] { return now; },
                   [this](const std::string &uri) {
@@ -80,6 +82,10 @@ protected:
                       if (found == recordings.end())
                           throw Unplayable(PS_NO_SUCH_FILE_OR_DIRECTORY, "gone");
                       return found->second;
+                  },
+                  [this](const std::string &path) {
+                      const auto found = growing.find(path);
+                      return found != growing.end() ? std::optional(found->second) : std::nullopt;
                   },
                   [this](const PlaybackEvent &event) { events_.push_back(line(event)); }};
 
@@ -390,4 +396,52 @@ TEST_F(PlayerTest, RefusesWhatCannotBeDone)
         expect_refusal(refusals[i].outcome, refusals[i].reason);
         EXPECT_EQ(lines[i], refusals[i].answer);
     }
+}
+
+TEST_F(PlayerTest, GoesOnWithWhatIsStillBeingWritten)
+{
+    growing["/a.srf"] = 100s;
+    const int handle = play(100);
+    EXPECT_EQ(player.due(), std::nullopt) << "it never gets to an end that moves as fast";
+    growing["/a.srf"] = 160s;
+    pass(60s);
+    EXPECT_EQ(player.progress(handle)->relative_second, 160);
+    EXPECT_EQ(player.progress(handle)->absolute_second, 5000 + 60);
+    EXPECT_EQ(events(), Lines());
+}
+
+TEST_F(PlayerTest, PlaysOnFromTheEndOfWhatIsBeingWritten)
+{
+    growing["/a.srf"] = 100s;
+    const int handle = play(60);
+    player.forward(handle, 1);
+    EXPECT_EQ(player.due(), now + 20s);
+    events();
+    growing["/a.srf"] = 130s;
+    pass(20s);
+    EXPECT_EQ(events(), Lines()) << "it has grown meanwhile";
+    EXPECT_EQ(player.due(), now + 15s);
+    pass(15s);
+    EXPECT_EQ(events(), (Lines{"1 is PLAY_STATE_PLAY 130000 /a.srf"}));
+    EXPECT_EQ(player.due(), std::nullopt);
+}
+
+TEST_F(PlayerTest, EndsWithWhatIsNoLongerWritten)
+{
+    growing["/a.srf"] = 100s;
+    play(90);
+    growing.clear();
+    player.advance();
+    EXPECT_EQ(player.due(), now + 10s);
+    pass(10s);
+    EXPECT_EQ(events().front(), "1 at its end PLAY_STATE_PLAY 100000 /a.srf");
+}
+
+TEST_F(PlayerTest, StopsWithTheFileThatItPlays)
+{
+    play(30);
+    player.stop_path("/b.srf");
+    EXPECT_TRUE(player.plays_from("/a.srf"));
+    player.stop_path("/a.srf");
+    EXPECT_FALSE(player.is_playing());
 }

@@ -7,6 +7,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <glib.h>
 #include <gtest/gtest.h>
 #include <string>
@@ -223,6 +224,9 @@ TEST(Programs, RefuseWhatTheyDoNotUnderstand)
         {"pvr-make-stream", "--seconds", "-1", folder / "a.srf"},
         {"pvr-make-stream", "--seconds", "86401", folder / "a.srf"},
         {"pvr-make-stream", "--seconds", "ten", folder / "a.srf"},
+        {"pvr-make-stream", "--bit-rate", "187999", folder / "a.srf"},
+        {"pvr-make-stream", "--bit-rate", "50000001", folder / "a.srf"},
+        {"pvr-make-stream", "--bit-rate", "4M", folder / "a.srf"},
     };
     for (const auto &command : commands) {
         Program program(command);
@@ -241,6 +245,16 @@ TEST(MakeStreamProgram, WritesAFileOfTheLengthAskedFor)
     EXPECT_EQ(std::filesystem::file_size(folder / "a.srf"), 3U * 125 * 188);
 }
 
+TEST(MakeStreamProgram, WritesAFileOfTheRateAskedFor)
+{
+    const TemporaryFolder folder;
+    for (const auto &[rate, bytes] : {std::pair("3760000", 3U * 2500 * 188), std::pair("50000000", 18'749'992U)}) {
+        Program program({"pvr-make-stream", "--bit-rate", rate, "--seconds", "3", folder / "a.srf"});
+        EXPECT_EQ(program.wait(), 0);
+        EXPECT_EQ(std::filesystem::file_size(folder / "a.srf"), bytes);
+    }
+}
+
 TEST(MakeStreamProgram, SaysWhyItCannotWrite)
 {
     const TemporaryFolder folder;
@@ -248,4 +262,48 @@ TEST(MakeStreamProgram, SaysWhyItCannotWrite)
     EXPECT_EQ(program.wait(), 1);
     EXPECT_EQ(program.complaints(),
               "pvr-make-stream: cannot write " + (folder / "missing/a.srf") + ": No such file or directory\n");
+}
+
+TEST(SimulatorProgram, RefusesSourcesThatItDoesNotUnderstand)
+{
+    const std::pair<std::vector<std::string>, std::string> refusals[] = {
+        {{"--source", "1"}, "pvr-simulator: '1' is not ID=SOURCE\n"},
+        {{"--source", "1="}, "pvr-simulator: '1=' is not ID=SOURCE\n"},
+        {{"--source", "one=a.ts"}, "pvr-simulator: 'one=a.ts' is not ID=SOURCE\n"},
+        {{"--source", "=a.ts"}, "pvr-simulator: '=a.ts' is not ID=SOURCE\n"},
+        {{"--source", "99=a.ts"}, "pvr-simulator: there is no channel 99\n"},
+        {{"--source", "1=a.ts", "--source", "1=b.ts"}, "pvr-simulator: channel 1 has two sources\n"},
+    };
+    for (const auto &[options, complaint] : refusals) {
+        std::vector<std::string> command{"pvr-simulator"};
+        command.insert(command.end(), options.begin(), options.end());
+        Program program(command);
+        EXPECT_EQ(program.wait(), 2) << complaint;
+        EXPECT_EQ(program.complaints(), complaint);
+    }
+}
+
+TEST(SimulatorProgram, RecordsFromACommand)
+{
+    const TemporaryFolder folder;
+    std::filesystem::create_directory(folder / "usb");
+    Program make({"pvr-make-stream", "--seconds", "5", folder / "a.ts"});
+    ASSERT_EQ(make.wait(), 0);
+    const Simulator simulator({"--device", "usb=" + (folder / "usb"), "--source",
+                               "1=exec:cat " + (folder / "a.ts") + "; sleep 1000", "--source",
+                               "2=" + (folder / "missing.ts"), "--tuners", "3"});
+    Peer peer;
+    EXPECT_EQ(peer.call("call_app", "(0, uint64 1, 1, '', uint32 0)"), "(0,)");
+    EXPECT_EQ(peer.call("call_app", "(0, uint64 2, 1, '', uint32 0)"), "(9,)");
+    EXPECT_EQ(peer.call("call_app", "(0, uint64 3, 1, '', uint32 0)"), "(0,)") << "three tuners";
+    const std::string answer = peer.call("get_recording_uri", "(1,)");
+    const std::string file = answer.substr(2, answer.size() - 5);
+    while (std::filesystem::file_size(file) < 100'000)
+        g_usleep(1000);
+    EXPECT_EQ(peer.call("sync_stop_recording", "(uint64 1, 'test')"), "(0,)");
+    std::ifstream recorded(file), broadcast(folder / "a.ts");
+    std::string one(100'000, 0), other(100'000, 0);
+    recorded.read(one.data(), 100'000);
+    broadcast.read(other.data(), 100'000);
+    EXPECT_EQ(one, other);
 }

@@ -21,16 +21,21 @@ using namespace std::chrono_literals;
 
 namespace {
 
+constexpr int map_pid = TestProgramme::map_pid;
+constexpr int audio_pid = TestProgramme::audio_pid;
+constexpr int count_pid = TestProgramme::count_pid;
+constexpr int lowest = 188'000; // bits per second
+
 std::vector<std::uint8_t> content_of(const std::filesystem::path &path)
 {
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
-std::vector<packets::Parsed> programme(int seconds)
+std::vector<packets::Parsed> programme(int seconds, int bit_rate = lowest)
 {
     const TemporaryFolder folder;
-    write_test_programme(folder / "a.srf", seconds);
+    write_test_programme(folder / "a.srf", seconds, bit_rate);
     const std::vector<std::uint8_t> bytes = content_of(folder / "a.srf");
     EXPECT_EQ(bytes.size() % packets::size, 0U);
     std::vector<packets::Parsed> parsed;
@@ -72,8 +77,27 @@ std::int64_t presentation_time(std::span<const std::uint8_t> field)
            std::int64_t{field[3]} << 7 | std::int64_t{field[4] >> 1};
 }
 
-constexpr int map_pid = TestProgramme::map_pid;
-constexpr int audio_pid = TestProgramme::audio_pid;
+std::uint64_t number(std::span<const std::uint8_t> bytes)
+{
+    std::uint64_t value = 0;
+    for (const std::uint8_t byte : bytes)
+        value = value * 256 + byte;
+    return value;
+}
+
+/// The same is true at whatever rate, in bits per second.
+class TestProgrammeAt : public testing::TestWithParam<int> {
+public:
+    /// When a packet arrives, in ticks.
+    static double arrival(std::size_t index)
+    {
+        return static_cast<double>(index) * 188 * 8 / GetParam() * static_cast<double>(packets::rate);
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(Rates, TestProgrammeAt,
+                         testing::Values(lowest, 188'001, 250'000, 2'000'000, 4'000'000, 8'000'000),
+                         testing::PrintToStringParamName());
 
 } // namespace
 
@@ -88,25 +112,40 @@ TEST(TestProgramme, PlaysAsLongAsItWasAskedTo)
     }
 }
 
-TEST(TestProgramme, CountsThePacketsOfEachPidWithoutAGap)
+TEST_P(TestProgrammeAt, TakesAsManyBytesAsItsRateSays)
+{
+    constexpr int seconds = 7;
+    const auto bits = programme(seconds, GetParam()).size() * 188 * 8;
+    EXPECT_LE(bits, static_cast<std::size_t>(GetParam()) * seconds);
+    EXPECT_GT(bits + 188 * 8, static_cast<std::size_t>(GetParam()) * seconds);
+}
+
+TEST_P(TestProgrammeAt, CountsThePacketsOfEachPidWithoutAGap)
 {
     std::map<int, int> counters;
-    for (const packets::Parsed &packet : programme(5)) {
+    for (const packets::Parsed &packet : programme(5, GetParam())) {
         if (const auto [entry, is_first] = counters.try_emplace(packet.pid, packet.counter); !is_first) {
-            EXPECT_EQ(packet.counter, (entry->second + 1) % 16);
+            ASSERT_EQ(packet.counter, (entry->second + 1) % 16);
             entry->second = packet.counter;
         }
     }
-    EXPECT_EQ(counters.size(), 3U); // programme association, programme map, audio
+    std::vector<int> pids;
+    for (const auto &[pid, counter] : counters)
+        pids.push_back(pid);
+    std::vector<int> expected{0, map_pid, audio_pid};
+    if (GetParam() > lowest)
+        expected.push_back(count_pid);
+    EXPECT_EQ(pids, expected);
 }
 
-TEST(TestProgramme, SaysWhatItConsistsOf)
+TEST_P(TestProgrammeAt, SaysWhatItConsistsOf)
 {
-    const std::vector<packets::Parsed> all = programme(1);
+    const std::vector<packets::Parsed> all = programme(1, GetParam());
+    const bool has_count = GetParam() > lowest;
     EXPECT_EQ(all[0].pid, 0);
     EXPECT_EQ(all[1].pid, map_pid);
     for (const packets::Parsed &packet : all) {
-        if (packet.pid == audio_pid)
+        if (packet.pid != 0 && packet.pid != map_pid)
             continue;
         const std::vector<std::uint8_t> section = section_of(packet);
         EXPECT_EQ(remainder(section), 0U);
@@ -114,28 +153,85 @@ TEST(TestProgramme, SaysWhatItConsistsOf)
             ASSERT_EQ(section.size(), 16U);
             EXPECT_EQ(section[0], 0); // table id
             EXPECT_EQ((section[10] & 0x1f) * 256 + section[11], map_pid);
-        } else {
-            ASSERT_EQ(section.size(), 21U);
-            EXPECT_EQ(section[0], 2);
-            EXPECT_EQ((section[8] & 0x1f) * 256 + section[9], audio_pid); // carries the clock
-            EXPECT_EQ(section[12], 3);                                    // MPEG-1 audio
-            EXPECT_EQ((section[13] & 0x1f) * 256 + section[14], audio_pid);
+            continue;
+        }
+        ASSERT_EQ(section.size(), has_count ? 26U : 21U);
+        EXPECT_EQ(section[0], 2);
+        EXPECT_EQ((section[8] & 0x1f) * 256 + section[9], audio_pid); // carries the clock
+        EXPECT_EQ(section[12], 3);                                    // MPEG-1 audio
+        EXPECT_EQ((section[13] & 0x1f) * 256 + section[14], audio_pid);
+        if (has_count) {
+            EXPECT_EQ(section[17], 6); // private data in PES packets
+            EXPECT_EQ((section[18] & 0x1f) * 256 + section[19], count_pid);
         }
     }
 }
 
-TEST(TestProgramme, TellsTheTimeOftenAndAtAConstantRate)
+TEST_P(TestProgrammeAt, TellsTheTimeOftenAndAtAConstantRate)
 {
-    const std::vector<packets::Parsed> all = programme(10);
+    const std::vector<packets::Parsed> all = programme(10, GetParam());
     std::int64_t previous = 0;
     for (std::size_t i = 0; i < all.size(); ++i) {
         if (!all[i].ticks)
             continue;
-        EXPECT_EQ(*all[i].ticks, static_cast<std::int64_t>(i) * packets::rate / TestProgramme::packets_per_second);
-        EXPECT_LE(*all[i].ticks - previous, packets::rate / 25);
+        ASSERT_NEAR(static_cast<double>(*all[i].ticks), arrival(i), 0.501);
+        ASSERT_LE(*all[i].ticks - previous, packets::rate / 25);
         previous = *all[i].ticks;
     }
     EXPECT_GT(previous, 9 * packets::rate);
+}
+
+TEST_P(TestProgrammeAt, SendsEachFrameAndItsTablesAsSoonAsTheyAreDue)
+{
+    constexpr double frame_length = 0.024 * static_cast<double>(packets::rate);
+    const double packet_length = arrival(1);
+    const std::vector<packets::Parsed> all = programme(5, GetParam());
+    std::size_t frames = 0;
+    std::size_t in_frame = 0;
+    double late = 0; // what there is no room for waits
+    for (std::size_t i = 0; i < all.size(); ++i) {
+        if (all[i].pid == count_pid)
+            continue;
+        constexpr int order[] = {0, map_pid, audio_pid};
+        ASSERT_EQ(all[i].pid, order[in_frame]);
+        if (in_frame == 0) {
+            late = arrival(i) - static_cast<double>(frames) * frame_length;
+            ASSERT_GT(late, -0.001);
+            ASSERT_LT(late, packet_length);
+        } else {
+            ASSERT_EQ(all[i - 1].pid, order[in_frame - 1]);
+        }
+        in_frame = (in_frame + 1) % 3;
+        frames += in_frame == 0 ? 1 : 0;
+    }
+    EXPECT_GE(frames, 5U * 1000 / 24);
+}
+
+TEST_P(TestProgrammeAt, NumbersThePacketsThatFillTheRoom)
+{
+    std::uint64_t count = 0;
+    const std::vector<packets::Parsed> all = programme(5, GetParam());
+    for (std::size_t i = 0; i < all.size(); ++i) {
+        if (all[i].pid != count_pid)
+            continue;
+        ASSERT_TRUE(all[i].starts_unit);
+        const std::span pes(all[i].payload);
+        ASSERT_EQ(pes.size(), 184U);
+        ASSERT_EQ(number(pes.first(4)), 0x1bdU);       // private stream 1
+        ASSERT_EQ(number(pes.subspan(4, 2)), 178U);    // of which this much follows
+        ASSERT_EQ(number(pes.subspan(7, 2)), 0x8005U); // a presentation time and nothing else
+        ASSERT_NEAR(static_cast<double>(presentation_time(pes.subspan(9, 5)) - 18000), arrival(i) / 300, 1);
+        ASSERT_EQ(number(pes.subspan(14, 8)), count);
+        ++count;
+    }
+    const auto room = (GetParam() - lowest) * 5 / (188 * 8);
+    EXPECT_NEAR(static_cast<double>(count), room, 3);
+}
+
+TEST(TestProgramme, RefusesARateThatItsSoundDoesNotFitInto)
+{
+    for (const int bit_rate : {-1, 0, 187'999})
+        EXPECT_THROW(TestProgramme{bit_rate}, std::system_error) << bit_rate;
 }
 
 TEST(TestProgramme, CarriesSilentFramesEachDueAfterItArrives)

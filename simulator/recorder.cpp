@@ -1,0 +1,504 @@
+#include "recorder.h"
+
+#include "recording_name.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <iterator>
+#include <set>
+#include <system_error>
+#include <utility>
+
+namespace simulator {
+namespace {
+
+constexpr char timeshift_file[] = "/timeshift.tmp";
+
+std::int64_t bytes_in(Microseconds time, int bits_per_second)
+{
+    constexpr std::int64_t bits_per_byte = 8;
+    constexpr std::int64_t second = Microseconds::period::den;
+    const std::int64_t seconds = time.count() / second;
+    return seconds * bits_per_second / bits_per_byte +
+           time.count() % second * bits_per_second / (bits_per_byte * second);
+}
+
+/// What the error of a file means for whoever wants to record.
+int code_of(const std::error_code &error)
+{
+    return error == std::errc::no_space_on_device || error.value() == EDQUOT ? no_space : device_has_problem;
+}
+
+template <typename List, typename Condition>
+const RunningRecording *first(const List &list, Condition condition)
+{
+    const auto found = std::find_if(list.begin(), list.end(), condition);
+    return found == list.end() ? nullptr : &*found;
+}
+
+} // namespace
+
+Recorder::Recorder(Surroundings surroundings, int tuners, Observer observer)
+    : set_(std::move(surroundings)), tuners_(tuners), observer_(std::move(observer))
+{
+}
+
+Recorder::~Recorder()
+{
+    while (!running_.empty())
+        end(running_.begin(), is_whole, std::nullopt);
+}
+
+int Recorder::precheck(std::uint64_t service_id, ps_record_type_e type) const
+{
+    const Channel *channel = set_.channels.find(service_id);
+    if (channel == nullptr)
+        return no_channel;
+    std::set<std::uint64_t> received{service_id, set_.channels.current()};
+    for (const RunningRecording &recording : running_)
+        received.insert(recording.service_id);
+    const int device = set_.devices.default_device();
+    const bool is_shift = is_timeshift(type);
+    const auto is_in_the_way = [&](const RunningRecording &other) {
+        return other.is_timeshift() == is_shift && (is_shift || other.service_id == service_id);
+    };
+
+    // What is said first of several reasons.
+    const std::pair<bool, int> hindrances[] = {
+        {channel->kind == ChannelKind::analogue, not_recordable},
+        {!channel->has_signal, no_signal},
+        {channel->is_scrambled, is_scrambled},
+        {channel->is_locked, channel_is_locked},
+        {type == PS_RECORD_TYPE_TIMER && !set_.channels.is_date_set(), clock_not_set},
+        {std::any_of(running_.begin(), running_.end(), is_in_the_way), already_recorded},
+        {received.size() > static_cast<std::size_t>(tuners_), no_tuner_free},
+        {device == Devices::none, no_device},
+        {device != Devices::none && !set_.devices.is_available(), no_space},
+    };
+    for (const auto &[is_so, code] : hindrances)
+        if (is_so)
+            return code;
+    return done;
+}
+
+Outcome Recorder::start(std::optional<int> handle, std::uint64_t service_id, ps_record_type_e type)
+{
+    advance();
+    RecordingEvent refusal{
+        .kind = RecordingEvent::answered, .handle = handle.value_or(0), .service_id = service_id, .type = type};
+    if (handle && (!set_.handles.is_issued(*handle) || on_handle(*handle) != nullptr))
+        return refuse(refusal, refused_result);
+    if (type < PS_RECORD_TYPE_NORMAL || type > PS_RECORD_TYPE_COMPOSITE)
+        return refuse(refusal, refused_result);
+    if (const int code = precheck(service_id, type); code != done)
+        return refuse(refusal, code);
+
+    const Channel &channel = *set_.channels.find(service_id);
+    const int device = set_.devices.default_device();
+    const std::string &folder = set_.devices.find(device)->mount_path();
+    std::unique_ptr<Source> source;
+    try {
+        source = set_.opener(channel);
+    } catch (const std::system_error &error) {
+        Outcome outcome = refuse(refusal, source_is_unreadable);
+        outcome.reason = error.what();
+        return outcome;
+    }
+    pvr_file_info_s info = info_of(channel, set_.channels.programme(channel), source->description(),
+                                   static_cast<std::uint32_t>(known_time().value_or(0)));
+    if (const std::string number = handle ? set_.channel_number(*handle) : ""; !number.empty())
+        set_text(info.channel_num, sizeof info.channel_num, number);
+    try {
+        const bool is_shift = is_timeshift(type);
+        if (is_shift) { // what a crash has left behind
+            std::remove((folder + timeshift_file).c_str());
+            std::remove(with_extension(folder + timeshift_file, "inf").c_str());
+        }
+        RecordingFile file(is_shift ? folder + timeshift_file : new_recording_path(folder, channel.name, known_time()),
+                           info);
+        running_.push_back({.handle = handle ? *handle : set_.handles.issue(),
+                            .is_handle_ours = !handle,
+                            .uid = ++last_uid_,
+                            .service_id = service_id,
+                            .type = type,
+                            .bits_per_second = channel.bits_per_second,
+                            .began = set_.clock(),
+                            .duration = 0,
+                            .device = device,
+                            .source = std::move(source),
+                            .file = std::move(file)});
+    } catch (const std::system_error &error) {
+        Outcome outcome = refuse(refusal, file_cannot_be_made);
+        outcome.reason = error.what();
+        return outcome;
+    }
+
+    const RunningRecording &recording = running_.back();
+    if (running_.size() == 1) {
+        next_growth_ = recording.began + interval;
+        observer_({.kind = RecordingEvent::became_busy});
+    }
+    observer_(event(RecordingEvent::will_start, recording));
+    change(recording, PS_RECORD_STATE_PREPARING);
+    answer(PS_RECORD_START, recording);
+    change(recording, PS_RECORD_STATE_REC);
+    return {};
+}
+
+Outcome Recorder::refuse(RecordingEvent event, int code)
+{
+    // By code.
+    const std::map<int, const char *> reasons{
+        {refused_result, "no such handle, one that records, or no such type"},
+        {already_recorded, "it is being recorded already"},
+        {no_tuner_free, "no tuner is free"},
+        {source_is_unreadable, "its source cannot be read"},
+        {channel_is_locked, "the channel is locked"},
+        {file_cannot_be_made, "the file cannot be made"},
+        {no_device, "there is no device to record to"},
+        {no_signal, "the channel has no signal"},
+        {no_space, "the device is nearly full"},
+        {not_recordable, "an analogue channel cannot be recorded"},
+        {no_channel, "no such channel"},
+        {clock_not_set, "the set does not know the time"},
+        {is_scrambled, "the channel is scrambled"},
+    };
+    event.result = code;
+    observer_(event);
+    return {code, reasons.at(code)};
+}
+
+std::optional<std::int64_t> Recorder::known_time() const
+{
+    return set_.channels.is_date_set() ? std::optional(set_.wall_clock()) : std::nullopt;
+}
+
+Outcome Recorder::stop(int handle, ps_method_e method)
+{
+    advance();
+    const Place recording = place(handle);
+    if (recording == running_.end()) {
+        observer_({.kind = RecordingEvent::answered,
+                   .method = method,
+                   .handle = handle,
+                   .type = PS_RECORD_TYPE_NONE,
+                   .result = refused_result});
+        return refused("nothing is recorded on this handle");
+    }
+    RecordingEvent report = event(RecordingEvent::answered, *recording);
+    report.method = method;
+    end(recording, is_whole, report);
+    return {};
+}
+
+Outcome Recorder::stop_recording(std::uint64_t service_id)
+{
+    const RunningRecording *recording = recording_of(service_id);
+    return recording != nullptr ? stop(recording->handle) : refused("this channel is not recorded");
+}
+
+Outcome Recorder::stop_timeshift(std::uint64_t service_id)
+{
+    const RunningRecording *shift = timeshift_of(service_id);
+    return shift != nullptr ? stop(shift->handle) : refused("this channel is not timeshifted");
+}
+
+Outcome Recorder::stop_any_timeshift()
+{
+    const auto shift = std::find_if(running_.begin(), running_.end(),
+                                    [](const RunningRecording &recording) { return recording.is_timeshift(); });
+    return shift != running_.end() ? stop(shift->handle) : refused("nothing is timeshifted");
+}
+
+void Recorder::lose_device(int device)
+{
+    for (auto recording = running_.begin(); recording != running_.end();)
+        if (const Place lost = recording++; lost->device == device)
+            fail(lost, device_has_problem, device_failed);
+}
+
+Outcome Recorder::switch_to_record(int handle)
+{
+    advance();
+    const Place shift = place(handle);
+    const Channel *channel = shift == running_.end() ? nullptr : set_.channels.find(shift->service_id);
+    RecordingEvent refusal{.kind = RecordingEvent::answered, .method = PS_SWITCH_TO_RECORD, .handle = handle};
+    if (channel == nullptr || !shift->is_timeshift())
+        return refuse(refusal, refused_result);
+    refusal = event(RecordingEvent::answered, *shift);
+    refusal.method = PS_SWITCH_TO_RECORD;
+    if (recording_of(shift->service_id) != nullptr)
+        return refuse(refusal, already_recorded);
+    try {
+        const std::string &path = shift->file.path();
+        shift->file.move_to(new_recording_path(path.substr(0, path.rfind('/')), channel->name, known_time()));
+    } catch (const std::system_error &error) {
+        return refuse(refusal, file_cannot_be_made);
+    }
+    shift->type = PS_RECORD_TYPE_NORMAL;
+    answer(PS_SWITCH_TO_RECORD, *shift);
+    observer_(event(RecordingEvent::retyped, *shift));
+    return {};
+}
+
+void Recorder::set_timeshift_type(int handle, ps_record_type_e type)
+{
+    const Place shift = place(handle);
+    if (shift == running_.end() || !shift->is_timeshift() || shift->type == type)
+        return;
+    shift->type = type;
+    observer_(event(RecordingEvent::retyped, *shift));
+}
+
+Outcome Recorder::set_duration(const RunningRecording *recording, int duration)
+{
+    if (recording == nullptr)
+        return refused("nothing is recorded there");
+    if (duration < 0 || (duration > 0 && duration <= seconds(*recording)))
+        return refused("it has lasted longer already");
+    place(recording->handle)->duration = duration;
+    RecordingEvent report = event(RecordingEvent::duration_set, *recording);
+    report.seconds = duration;
+    observer_(report);
+    return {};
+}
+
+std::vector<const RunningRecording *> Recorder::running() const
+{
+    std::vector<const RunningRecording *> list;
+    for (const bool are_timeshifts : {false, true})
+        for (const RunningRecording &recording : running_)
+            if (recording.is_timeshift() == are_timeshifts)
+                list.push_back(&recording);
+    return list;
+}
+
+Recorder::Place Recorder::place(int handle)
+{
+    return std::find_if(running_.begin(), running_.end(),
+                        [&](const RunningRecording &recording) { return recording.handle == handle; });
+}
+
+const RunningRecording *Recorder::on_handle(int handle) const
+{
+    return first(running_, [&](const RunningRecording &recording) { return recording.handle == handle; });
+}
+
+const RunningRecording *Recorder::recording_of(std::uint64_t service_id) const
+{
+    return first(running_, [&](const RunningRecording &recording) {
+        return recording.service_id == service_id && !recording.is_timeshift();
+    });
+}
+
+const RunningRecording *Recorder::timeshift_of(std::uint64_t service_id) const
+{
+    return first(running_, [&](const RunningRecording &recording) {
+        return recording.service_id == service_id && recording.is_timeshift();
+    });
+}
+
+const RunningRecording *Recorder::either_of(std::uint64_t service_id) const
+{
+    const RunningRecording *recording = recording_of(service_id);
+    return recording != nullptr ? recording : timeshift_of(service_id);
+}
+
+const RunningRecording *Recorder::writing(const std::string &path) const
+{
+    return first(running_, [&](const RunningRecording &recording) { return recording.file.path() == path; });
+}
+
+const RunningRecording *Recorder::newest() const
+{
+    const RunningRecording *newest = nullptr;
+    for (const RunningRecording &recording : running_)
+        if (!recording.is_timeshift())
+            newest = &recording;
+    return newest;
+}
+
+bool Recorder::is_writing_to(int device) const
+{
+    return first(running_, [&](const RunningRecording &recording) { return recording.device == device; }) != nullptr;
+}
+
+Microseconds Recorder::length(const RunningRecording &recording) const
+{
+    const Microseconds length = set_.clock() - recording.began;
+    return recording.duration == 0 ? length : std::min<Microseconds>(length, std::chrono::seconds(recording.duration));
+}
+
+int Recorder::seconds(const RunningRecording &recording) const
+{
+    return static_cast<int>(std::chrono::floor<std::chrono::seconds>(length(recording)).count());
+}
+
+std::vector<std::uint64_t> Recorder::channels() const
+{
+    std::set<std::uint64_t> ids;
+    for (const RunningRecording &recording : running_)
+        ids.insert(recording.service_id);
+    return {ids.begin(), ids.end()};
+}
+
+bool Recorder::can_receive(std::uint64_t service_id) const
+{
+    std::vector<std::uint64_t> ids = channels();
+    if (std::find(ids.begin(), ids.end(), service_id) == ids.end())
+        ids.push_back(service_id);
+    return ids.size() <= static_cast<std::size_t>(tuners_);
+}
+
+bool Recorder::is_last_complete(std::uint64_t service_id) const
+{
+    const auto found = complete_.find(service_id);
+    return found != complete_.end() && found->second;
+}
+
+std::vector<std::string> Recorder::take_segments(std::uint64_t service_id)
+{
+    const auto [begin, end] = segments_.equal_range(service_id);
+    std::vector<std::string> paths;
+    std::transform(begin, end, std::back_inserter(paths), [](const auto &segment) { return segment.second; });
+    segments_.erase(begin, end);
+    return paths;
+}
+
+std::optional<Microseconds> Recorder::due() const
+{
+    if (running_.empty())
+        return std::nullopt;
+    Microseconds moment = next_growth_;
+    for (const RunningRecording &recording : running_)
+        if (recording.duration != 0)
+            moment = std::min<Microseconds>(moment, recording.began + std::chrono::seconds(recording.duration));
+    return moment;
+}
+
+void Recorder::advance()
+{
+    if (const auto moment = due(); !moment || *moment > set_.clock())
+        return;
+    next_growth_ = set_.clock() + interval;
+    for (auto recording = running_.begin(); recording != running_.end();) {
+        const Place one = recording++; // it may end
+        grow(one);
+    }
+}
+
+void Recorder::grow(Place recording)
+{
+    const Microseconds now = length(*recording);
+    try {
+        if (!recording->file.grow(*recording->source, bytes_in(now, recording->bits_per_second))) {
+            next_growth_ = set_.clock(); // it was held up
+            return;
+        }
+    } catch (const SourceFailure &) {
+        return fail(recording, source_is_unreadable, source_failed);
+    } catch (const std::system_error &error) {
+        const int code = code_of(error.code());
+        return fail(recording, code, code == no_space ? device_was_full : device_failed);
+    }
+    warn(*recording);
+    if (recording->duration != 0 && now >= std::chrono::seconds(recording->duration))
+        end(recording, is_whole, [&] {
+            RecordingEvent report = event(RecordingEvent::answered, *recording);
+            report.method = PS_RECORD_STOP;
+            return report;
+        }());
+}
+
+void Recorder::warn(RunningRecording &recording)
+{
+    const bool is_nearly_full = set_.devices.space(recording.device).available < Devices::least_space;
+    if (is_nearly_full && !recording.is_warned)
+        answer(PS_RECORD_DISK_LESS_FIFTY, recording);
+    recording.is_warned = is_nearly_full;
+}
+
+void Recorder::fail(Place recording, int code, IncompleteReason reason)
+{
+    RecordingEvent failure = event(RecordingEvent::failed, *recording);
+    failure.result = code;
+    observer_(failure);
+    RecordingEvent report = event(RecordingEvent::answered, *recording);
+    report.method = PS_RECORD_EXCEPTION;
+    report.result = code;
+    end(recording, reason, report);
+}
+
+void Recorder::end(Place recording, IncompleteReason reason, std::optional<RecordingEvent> report)
+{
+    observer_(event(RecordingEvent::will_finish, *recording));
+    const Microseconds length = this->length(*recording);
+    try {
+        if (reason == is_whole)
+            recording->file.grow(*recording->source, bytes_in(length, recording->bits_per_second));
+    } catch (const std::runtime_error &) {
+        // The last bit of a stream that ends anyway.
+    }
+    // Out of the list first: whoever is told of the end finds it ended.
+    std::list<RunningRecording> ended;
+    ended.splice(ended.begin(), running_, recording);
+    if (ended.front().is_timeshift()) {
+        ended.front().file.remove();
+    } else {
+        try {
+            ended.front().file.finish(std::chrono::duration_cast<std::chrono::milliseconds>(length).count(), reason);
+        } catch (const std::system_error &) {
+            // The device is gone or full; the recording stays unfinished in its info file.
+            reason = reason == is_whole ? device_failed : reason;
+        }
+        complete_[ended.front().service_id] = reason == is_whole;
+        if (ended.front().type == PS_RECORD_TYPE_SEGMENT)
+            segments_.emplace(ended.front().service_id, ended.front().file.path());
+    }
+
+    RecordingEvent state = event(RecordingEvent::changed, ended.front());
+    state.state = PS_RECORD_STATE_STOP;
+    observer_(state);
+    RecordingEvent measure = event(RecordingEvent::measured, ended.front());
+    measure.seconds = static_cast<int>(std::chrono::floor<std::chrono::seconds>(length).count());
+    observer_(measure);
+    if (report) {
+        report->state = PS_RECORD_STATE_STOP;
+        observer_(*report);
+    }
+    observer_(event(RecordingEvent::is_over, ended.front()));
+    if (ended.front().is_handle_ours)
+        set_.handles.release(ended.front().handle);
+    if (running_.empty())
+        observer_({.kind = RecordingEvent::became_busy});
+}
+
+RecordingEvent Recorder::event(RecordingEvent::Kind kind, const RunningRecording &recording) const
+{
+    return {.kind = kind,
+            .handle = recording.handle,
+            .uid = recording.uid,
+            .service_id = recording.service_id,
+            .type = recording.type,
+            .state = PS_RECORD_STATE_REC,
+            .bits_per_second = recording.bits_per_second,
+            .path = recording.file.path()};
+}
+
+void Recorder::answer(ps_method_e method, const RunningRecording &recording, int result)
+{
+    RecordingEvent report = event(RecordingEvent::answered, recording);
+    report.method = method;
+    report.result = result;
+    observer_(report);
+}
+
+void Recorder::change(const RunningRecording &recording, ps_record_state_e state)
+{
+    RecordingEvent report = event(RecordingEvent::changed, recording);
+    report.state = state;
+    observer_(report);
+}
+
+} // namespace simulator

@@ -1,0 +1,14 @@
+// Which channels broadcast something else than the test programme, as the options name it.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace simulator {
+
+/// "ID=SOURCE" options, by their channel. Throws std::invalid_argument that says what is wrong.
+std::map<std::uint64_t, std::string> described_sources(const std::vector<std::string> &options);
+
+} // namespace simulator

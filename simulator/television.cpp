@@ -1,0 +1,160 @@
+#include "television.h"
+
+#include "device_news.h"
+#include "playback_news.h"
+#include "recording_news.h"
+
+#include <algorithm>
+#include <glib.h>
+#include <utility>
+
+namespace simulator {
+namespace {
+
+constexpr int is_playing_bit = 1;
+constexpr int is_recording_bit = 2;
+constexpr int no_handle = 0;
+
+std::int64_t wall_now() { return g_get_real_time() / G_USEC_PER_SEC; }
+
+/// The report that so many recordings are in the way of another channel.
+ps_method_e report_of(std::size_t recordings)
+{
+    constexpr ps_method_e reports[] = {PS_NONE_RECORDING_CHANGE_CHANNEL, PS_ONE_RECORDING_CHANGE_CHANNEL,
+                                       PS_TWO_RECORDING_CHANGE_CHANNEL};
+    return recordings < std::size(reports) ? reports[recordings] : PS_ALL_RECORDING_CHANGE_CHANNEL;
+}
+
+} // namespace
+
+Television::Television(OrgVexanTvPvr *object, Equipment equipment, const Log &log)
+    : log_(log), signals(object, log), channels(built_in_channels(), wall_now), values(handles),
+      devices(std::move(equipment.devices), monotonic_now, space_of,
+              [this](const DeviceEvent &event) {
+                  announce_device(signals, log_, event);
+                  if (event.kind == DeviceEvent::left)
+                      recorder.lose_device(event.handle);
+              }),
+      player(
+          handles, monotonic_now, [this](const std::string &uri) { return open(uri); },
+          [this](const std::string &path) -> std::optional<Microseconds> {
+              const RunningRecording *recording = recorder.writing(path);
+              return recording != nullptr ? std::optional(recorder.length(*recording)) : std::nullopt;
+          },
+          [this](const PlaybackEvent &event) {
+              if (event.kind == PlaybackEvent::became_busy)
+                  tell_state();
+              else
+                  announce_playback(signals, event);
+          }),
+      recorder({.handles = handles,
+                .channels = channels,
+                .devices = devices,
+                .clock = monotonic_now,
+                .wall_clock = wall_now,
+                .opener =
+                    [sources = std::move(equipment.sources)](const Channel &channel) {
+                        const auto given = sources.find(channel.service_id);
+                        return open_source(given == sources.end() ? "" : given->second, channel.bits_per_second);
+                    },
+                .channel_number = [this](int handle) { return values.channel_number(handle); }},
+               equipment.tuners,
+               [this](const RecordingEvent &event) {
+                   if (event.kind == RecordingEvent::became_busy)
+                       return tell_state();
+                   // What is watched of a timeshift goes with it.
+                   if (event.kind == RecordingEvent::is_over && is_timeshift(event.type))
+                       player.stop_path(event.path);
+                   announce_recording(signals, event);
+               }),
+      timer_([this] {
+          advance();
+          signals.publish();
+          timer_.set(due());
+      })
+{
+    timer_.set(due());
+}
+
+void Television::advance()
+{
+    devices.advance();
+    recorder.advance();
+    player.advance();
+}
+
+void Television::answered(const std::string &line)
+{
+    log_.line(line);
+    signals.publish();
+    timer_.set(due());
+}
+
+std::optional<Microseconds> Television::due() const
+{
+    std::optional<Microseconds> earliest;
+    for (const std::optional<Microseconds> moment : {devices.due(), recorder.due(), player.due()})
+        if (moment && (!earliest || *moment < *earliest))
+            earliest = moment;
+    return earliest;
+}
+
+void Television::tell_state()
+{
+    const int state = (player.is_playing() ? is_playing_bit : 0) | (recorder.is_busy() ? is_recording_bit : 0);
+    if (state == std::exchange(told_state_, state))
+        return;
+    constexpr const char *words[] = {"idle", "playing", "recording", "playing and recording"};
+    signals.result(PS_PVR_STATE_CHANGE, result_value(state),
+                   std::string("the service is ") + words[state] + ", PS_PVR_STATE_CHANGE " + std::to_string(state));
+}
+
+Outcome Television::tune(std::uint64_t service_id)
+{
+    advance();
+    if (channels.find(service_id) == nullptr)
+        return refused("no such channel");
+    if (recorder.can_receive(service_id)) {
+        change_channel(service_id);
+        return {};
+    }
+    wanted_channel_ = service_id;
+    const std::size_t count = recorder.channels().size();
+    const ps_method_e report = report_of(count);
+    const std::string text =
+        std::to_string(count) + " recordings are in the way of channel " + std::to_string(service_id);
+    if (report == PS_ONE_RECORDING_CHANGE_CHANNEL)
+        signals.result(report, result_value(service_id, recorder.running().front()->handle), text);
+    else
+        signals.result(report, result_value(service_id), text);
+    return refused(text);
+}
+
+void Television::answer_change(bool is_wanted)
+{
+    const std::optional<std::uint64_t> channel = std::exchange(wanted_channel_, std::nullopt);
+    if (!channel || !is_wanted)
+        return;
+    while (!recorder.can_receive(*channel))
+        recorder.stop(recorder.running().front()->handle);
+    change_channel(*channel);
+}
+
+void Television::change_channel(std::uint64_t service_id)
+{
+    wanted_channel_.reset();
+    channels.tune(service_id);
+    signals.result(PS_SEND_CHANNEL_CHANGE, result_value(no_handle),
+                   "tuned to channel " + std::to_string(service_id) + ", PS_SEND_CHANNEL_CHANGE");
+}
+
+Recording Television::open(const std::string &uri) const
+{
+    const std::optional<std::string> path = local_path(uri);
+    const RunningRecording *recording = path ? recorder.writing(*path) : nullptr;
+    if (recording == nullptr)
+        return open_recording(uri);
+    return {*path, recorder.length(*recording), Microseconds(g_get_real_time())};
+}
+
+} // namespace simulator

@@ -1,0 +1,63 @@
+// The set as the service sees it: what it receives, stores, records and plays, and the signals that tell of it.
+// Whatever is due happens before a call is answered, or at its time.
+#pragma once
+
+#include "channels.h"
+#include "devices.h"
+#include "handles.h"
+#include "log.h"
+#include "player.h"
+#include "recorder.h"
+#include "shared_values.h"
+#include "signals.h"
+#include "timer.h"
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace simulator {
+
+/// What there is to be, as the options tell.
+struct Equipment {
+    std::vector<DeviceDescription> devices{};
+    std::map<std::uint64_t, std::string> sources{}; ///< of channels, as open_source() understands them
+    int tuners = Recorder::default_tuners;
+};
+
+class Television {
+    const Log &log_; // first: what is made below tells of itself
+
+public:
+    Television(OrgVexanTvPvr *object, Equipment equipment, const Log &log);
+
+    /// Lets everything happen that is due.
+    void advance();
+    /// A call was answered: logs it, and sends what it caused.
+    void answered(const std::string &line);
+
+    /// Changes the channel. Where a recording is in the way, the applications are told, and nothing changes.
+    Outcome tune(std::uint64_t service_id);
+    /// What an application says to that: whether the channel is to change all the same.
+    void answer_change(bool is_wanted);
+
+    Signals signals;
+    Handles handles;
+    Channels channels;
+    SharedValues values;
+    Devices devices;
+    Player player;
+    Recorder recorder;
+
+private:
+    std::optional<Microseconds> due() const;
+    void tell_state();
+    void change_channel(std::uint64_t service_id);
+    Recording open(const std::string &uri) const;
+
+    int told_state_ = 0;
+    std::optional<std::uint64_t> wanted_channel_; ///< while a recording is in the way
+    Timer timer_;
+};
+
+} // namespace simulator
