@@ -20,55 +20,63 @@ The bus is unix:path=/
 1. The service runs, and nothing plays.
 $ pvrctl status
 checked: nothing plays
-$ pvr-make-stream
-$ pvrctl play start first.srf
-service | play_start(handle 1, uri
-service | signal: playback 1 is PLAY_STATE_PLAY at 0.0 s
+$ pvrctl record start 1
+service | call_app(command 0, param1 1, param2
+service | signal: recording 1 of 1 is PS_RECORD_STATE_REC
+checked: there is such a file
+NUMBER bytes
+NUMBER bytes
+$ pvrctl record info 1
+checked: it has lasted NUMBER s, and goes on
+$ pvrctl record stop 1
+service | signal: recording 1 of 1 is PS_RECORD_STATE_STOP
+checked: NUMBER bytes in NUMBER s and a bit, at 4 Mbit/s
+checked: the info file beside it has 10905 bytes
+checked: nothing records any more
+$ pvrctl play start
+service | play_start(handle 2, uri
+service | signal: playback 2 is PLAY_STATE_PLAY at 0.0 s
 state      playing (PLAY_STATE_PLAY)
 checked: it plays
-$ pvrctl status 1
+$ pvrctl status 2
 checked: it has come to NUMBER s
-$ pvrctl play pause 1
-service | play_pause(handle 1)  ok
-service | signal: playback 1 is PLAY_STATE_PAUSE
+$ pvrctl play pause 2
+service | play_pause(handle 2)  ok
+service | signal: playback 2 is PLAY_STATE_PAUSE
 state      paused (PLAY_STATE_PAUSE)
 checked: still at NUMBER s
-$ pvrctl play resume 1
-service | play_resume(handle 1)  ok
-service | signal: playback 1 is PLAY_STATE_PLAY
-checked: from NUMBER s it has come to NUMBER s
-$ pvrctl play forward 1 --speed 4
-service | play_forward(handle 1, forward_type 2)  ok
-service | signal: playback 1 is PLAY_STATE_FF_2
-checked: from NUMBER s it has come to NUMBER s
-$ pvrctl play rewind 1 --speed 2
-service | play_rewind(handle 1, rewind_type 1)  ok
-service | signal: playback 1 is PLAY_STATE_REW_1
-checked: from NUMBER s it has gone back to NUMBER s
-$ pvrctl play skip 1 --to 120
-service | play_skip(handle 1, skip_type 0, skip_pos 120, rate 0)  ok
-checked: it is at NUMBER s
-$ pvrctl play step 1
-service | step_frame(handle 1)  ok
-service | signal: playback 1 is PLAY_STATE_FRAME_STEP
+$ pvrctl play skip 2 --to 1
+service | play_skip(handle 2, skip_type 0, skip_pos 1, rate 0)  ok
+checked: it waits at 1 s
+$ pvrctl play step 2
+service | step_frame(handle 2)  ok
+service | signal: playback 2 is PLAY_STATE_FRAME_STEP
 checked: it stands at NUMBER s
-$ pvrctl play stop 1
-service | play_stop(handle 1)  ok
-service | signal: playback 1 is PLAY_STATE_STOP
-service | release_handle(handle 1)  ok
-checked: nothing plays on handle 1
-12. Nothing plays any more.
+$ pvrctl play forward 2 --speed 1/2
+service | play_forward(handle 2, forward_type 8)  ok
+service | signal: playback 2 is PLAY_STATE_FF_1_2
+checked: from NUMBER s it has come to NUMBER s
+$ pvrctl play rewind 2 --speed 2
+service | play_rewind(handle 2, rewind_type 1)  ok
+service | signal: playback 2 is PLAY_STATE_REW_1
+service | signal: playback 2, PS_PLAY_BEGIN
+checked: it has been at the beginning, and is at NUMBER s
+$ pvrctl play stop 2
+service | play_stop(handle 2)  ok
+service | signal: playback 2 is PLAY_STATE_STOP
+service | release_handle(handle 2)  ok
+checked: nothing plays on handle 2
+13. Nothing plays any more.
 $ pvrctl status
 checked: nothing plays
 This was the library at work.
 """.splitlines()
 
-# What a service says that claims to play.
+# What a service says that claims to record.
 CLAIMS = {
-    "is_support_pvr": "(1,)",
-    "get_handle_for_playback": "(1, 0)",
-    "get_playback_uri_by_handle": "('/claimed.srf',)",
-    "get_progress": "(1, 0, 0, 0)",
+    "is_support_pvr": ["(1,)"],
+    "is_recording": ["(0,)", "(1,)"],
+    "get_record_state_by_service_id": ["(2, 0, 0)"],
 }
 
 
@@ -106,7 +114,8 @@ class Demo(unittest.TestCase):
         return "--service", str(script)
 
     def idle_service(self, answers):
-        return self.service(OPTIONS.idle_service, *(f"{method}={values}" for method, values in answers.items()))
+        return self.service(OPTIONS.idle_service,
+                            *(f"{method}={values}" for method, turns in answers.items() for values in turns))
 
 
 class WithTheDevelopmentService(Demo):
@@ -131,7 +140,7 @@ class WithTheDevelopmentService(Demo):
                 output += os.read(terminal, 4096)
             except OSError:  # nobody has the terminal open any more
                 break
-            if not is_interrupted and b"play pause 1" in output:
+            if not is_interrupted and b"play pause 2" in output:
                 os.write(terminal, b"\x03")
                 is_interrupted = True
         os.close(terminal)
@@ -154,12 +163,19 @@ class WithAServiceThatDoesNotDoItsWork(Demo):
                          "does not own org.vexan.tv.pvr.server after 1 s")
 
     def test_fails_when_the_service_answers_everything_with_nothing(self):
-        self.assert_told(self.idle_service({"is_support_pvr": "(1,)"}), 1,
-                         "expected 'pvrctl play start first.srf' to end with status 0 but it ended with 7")
+        self.assert_told(self.idle_service({"is_support_pvr": ["(1,)"]}), 1,
+                         "expected 'pvrctl record start 1' to end with status 0 but it ended with 7")
 
-    def test_fails_when_the_service_says_that_it_plays_and_does_not(self):
-        self.assert_told(self.idle_service(CLAIMS), 1,
-                         "expected PLAY_STATE_PLAY and position >= 1 but it is PLAY_STATE_PLAY and position 0")
+    def test_fails_when_the_service_records_to_no_file(self):
+        claims = {**CLAIMS, "get_recording_uri_by_service_id": ["('/claimed.srf',)"]}
+        self.assert_told(self.idle_service(claims), 1,
+                         "expected a recording at '/claimed.srf' but there is no such file")
+
+    def test_fails_when_the_service_says_that_it_records_and_does_not(self):
+        recording = self.folder / "claimed.srf"
+        recording.write_bytes(b"content")
+        claims = {**CLAIMS, "get_recording_uri_by_service_id": [f"('{recording}',)"]}
+        self.assert_told(self.idle_service(claims), 1, "expected the file to grow but it has 7 bytes, as before")
 
 
 class Options(Demo):

@@ -1,8 +1,10 @@
 // A Recording service that does nothing. It answers every call with success, that is with zeros and empty
 // texts, or with what it is told:
 //     idle_service [METHOD=VALUES…]      VALUES as GVariant text, such as get_handle=(1, 0)
+// A method that is named several times gives its answers in turn, and the last one from then on.
 #include <cstdio>
 #include <cstdlib>
+#include <deque>
 #include <gio/gio.h>
 #include <map>
 #include <string>
@@ -11,7 +13,7 @@
 
 namespace {
 
-std::map<std::string, std::string> answers;
+std::map<std::string, std::deque<std::string>> answers;
 
 [[noreturn]] void give_up(const std::string &why)
 {
@@ -46,9 +48,11 @@ void on_call(GDBusConnection *, const char *, const char *, const char *, const 
         values = zeros(G_VARIANT_TYPE(type.c_str()));
     } else {
         GError *error = nullptr;
-        values = g_variant_parse(G_VARIANT_TYPE(type.c_str()), told->second.c_str(), nullptr, nullptr, &error);
+        values = g_variant_parse(G_VARIANT_TYPE(type.c_str()), told->second.front().c_str(), nullptr, nullptr, &error);
         if (values == nullptr)
             give_up(told->first + ": " + error->message);
+        if (told->second.size() > 1)
+            told->second.pop_front();
     }
     g_dbus_method_invocation_return_value(call, values);
     g_variant_unref(values);
@@ -63,7 +67,7 @@ int main(int argc, char **argv)
         const std::size_t sign = argument.find('=');
         if (sign == std::string::npos)
             give_up(argument + " is not METHOD=VALUES");
-        answers[argument.substr(0, sign)] = argument.substr(sign + 1);
+        answers[argument.substr(0, sign)].push_back(argument.substr(sign + 1));
     }
 
     GError *error = nullptr;

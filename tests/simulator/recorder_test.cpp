@@ -32,7 +32,6 @@ using Lines = std::vector<std::string>;
 constexpr std::uint64_t first = 1;
 constexpr std::uint64_t second = 2;
 constexpr std::uint64_t radio = 3;
-constexpr std::uint64_t far = 0x8000'0000'0000'0008;
 constexpr std::int64_t noon = 1'700'000'000; // 2023-11-14 22:13:20 UTC
 
 /// As many bytes as it is asked for, or as the test lets come.
