@@ -243,7 +243,7 @@ TEST(CommandSource, GivesAllThatIsWrittenAndThenSaysHowTheCommandEnded)
         {"", "ended with status 0"},
         {"exit 3", "ended with status 3"},
         {"kill -KILL $$", "was ended by signal 9"},
-        {"exec >&-; exit 4", "ended with status 4"},
+        {"exec >&-; sleep 0.05; exit 4", "ended with status 4"},
         {"sleep 1000 & exit 5", "ended with status 5"}, // what holds the output open goes, too
         {"exec >&-; sleep 1000", "has closed its output"},
     };
