@@ -213,7 +213,7 @@ TEST_F(RecorderTest, WritesAtTheRateOfTheChannel)
         const std::uintmax_t due = 500'000U * static_cast<unsigned>(seconds);
         EXPECT_EQ(fs::file_size(path), due / 188 * 188);
     }
-    EXPECT_EQ(info(path).record_complete, 0);
+    EXPECT_EQ(int{info(path).record_complete}, 0);
     pass(90ms);
     recorder->stop_recording(first);
     EXPECT_EQ(fs::file_size(path), 10'090U * 500 / 188 * 188) << "up to the very end";
@@ -226,28 +226,28 @@ TEST_F(RecorderTest, DescribesARecordingInItsInfoFile)
     EXPECT_EQ(path, folder / "usb/20231114-221320-Radio-Three.srf");
     EXPECT_EQ(fs::file_size(with_extension(path, "inf")), 10905U);
     pvr_file_info_s running = info(path);
-    EXPECT_EQ(running.version, 20);
+    EXPECT_EQ(int{running.version}, 20);
     EXPECT_STREQ(running.channel_name, "Radio Three");
     EXPECT_NE(std::strstr(running.programe_title, "Silence"), nullptr);
     EXPECT_STREQ(running.channel_num, "3-1");
     EXPECT_EQ(std::uint32_t{running.start_time}, noon);
     EXPECT_EQ(std::uint32_t{running.duration}, 0U);
     EXPECT_EQ(std::uint32_t{running.nThumbnailType}, 1U);
-    EXPECT_EQ(running.program_num, 7);
+    EXPECT_EQ(int{running.program_num}, 7);
     EXPECT_EQ(std::uint32_t{running.PCR_pid}, 0x21U);
     EXPECT_EQ(std::uint32_t{running.audio_pid}, 0x22U);
     EXPECT_EQ(std::uint32_t{running.video_pid}, 0x23U);
-    EXPECT_EQ(running.major, 3);
-    EXPECT_EQ(running.minor, 1);
-    EXPECT_EQ(running.record_complete, 0);
+    EXPECT_EQ(int{running.major}, 3);
+    EXPECT_EQ(int{running.minor}, 1);
+    EXPECT_EQ(int{running.record_complete}, 0);
     pass(2500ms);
     // An application has written meanwhile: what it changed stays.
     change_info(with_extension(path, "inf"), [](pvr_file_info_s &changed) { changed.resume_play_pos = 1500; });
     recorder->stop_recording(radio);
     const pvr_file_info_s ended = info(path);
     EXPECT_EQ(std::uint32_t{ended.duration}, 2500U);
-    EXPECT_EQ(ended.record_complete, 1);
-    EXPECT_EQ(ended.incomplete_reason, 0);
+    EXPECT_EQ(int{ended.record_complete}, 1);
+    EXPECT_EQ(int{ended.incomplete_reason}, 0);
     EXPECT_EQ(std::uint32_t{ended.resume_play_pos}, 1500U);
     EXPECT_TRUE(recorder->is_last_complete(radio));
     EXPECT_FALSE(recorder->is_last_complete(first));
@@ -458,8 +458,8 @@ TEST_F(RecorderTest, EndsARecordingWhoseSourceFails)
     EXPECT_EQ(events(), (Lines{"1 failed with 9", "1 will finish", "1 is PS_RECORD_STATE_STOP", "1 lasted 3 s",
                                "1 PS_RECORD_EXCEPTION 9", "1 is over", "busy or idle"}));
     EXPECT_EQ(fs::file_size(path), 2U * 500'000 / 188 * 188);
-    EXPECT_EQ(info(path).record_complete, 1);
-    EXPECT_EQ(info(path).incomplete_reason, source_failed);
+    EXPECT_EQ(int{info(path).record_complete}, 1);
+    EXPECT_EQ(int{info(path).incomplete_reason}, source_failed);
     EXPECT_FALSE(recorder->is_last_complete(first));
 }
 
@@ -509,7 +509,7 @@ TEST_F(RecorderTest, EndsItsRecordingsWithItself)
     now += 1500ms;
     recorder.reset();
     EXPECT_EQ(std::uint32_t{info(path).duration}, 1500U);
-    EXPECT_EQ(info(path).record_complete, 1);
+    EXPECT_EQ(int{info(path).record_complete}, 1);
     EXPECT_EQ(fs::file_size(path), 750'000U / 188 * 188);
 }
 
@@ -570,9 +570,10 @@ TEST(InfoFile, KeepsApplicationsOutWhileItWrites)
         EXPECT_EQ(flock(other.number(), LOCK_EX | LOCK_NB), -1);
         info.rating = 18;
     });
-    EXPECT_EQ(read_info(folder / "a.inf")->rating, 18);
+    EXPECT_EQ(int{read_info(folder / "a.inf")->rating}, 18);
     const Descriptor reader(open((folder / "a.inf").c_str(), O_RDONLY));
     ASSERT_EQ(flock(reader.number(), LOCK_EX), 0);
     EXPECT_THROW(change_info(folder / "a.inf", [](pvr_file_info_s &info) { info.rating = 6; }), std::system_error);
-    EXPECT_EQ(read_info(folder / "a.inf")->rating, 18) << "the service does not wait for ever, nor write regardless";
+    EXPECT_EQ(int{read_info(folder / "a.inf")->rating}, 18)
+        << "the service does not wait for ever, nor write regardless";
 }

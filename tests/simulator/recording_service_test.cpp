@@ -97,7 +97,7 @@ TEST_F(RecordingService, RecordsAChannel)
     EXPECT_EQ(peer.call("is_recording_file", "('" + file + "',)"), "(0,)");
     EXPECT_EQ(of_channel("is_past_record_complete"), "(1,)");
     EXPECT_EQ(fs::file_size(file) % 188, 0U);
-    EXPECT_EQ(simulator::read_info(simulator::with_extension(file, "inf"))->record_complete, 1);
+    EXPECT_EQ(int{simulator::read_info(simulator::with_extension(file, "inf"))->record_complete}, 1);
     EXPECT_EQ(peer.call("get_system_record_num"), "(1,)");
     EXPECT_EQ(peer.call("sync_stop_recording", "(uint64 1, 'test')"), "(-2,)");
 }
@@ -275,7 +275,7 @@ TEST_F(RecordingService, PausesAndResumesWhatIsWatchedOfATimeshift)
 TEST_F(RecordingService, MakesARecordingOfATimeshift)
 {
     EXPECT_EQ(start_timeshift(), "(0,)");
-    peer.signals();
+    peer.signals_until("PS_SIGNAL_TYPE_RECORD_STATE_CHANGE of 1: PS_RECORD_STATE_REC");
     EXPECT_EQ(peer.call("switch_to_record", "(1, 0)"), "()");
     EXPECT_EQ(of_channel("is_recording"), "(1,)");
     const Lines told = peer.signals();
@@ -428,5 +428,5 @@ TEST_F(RecordingService, CompletesWhatItRecordsWhenItEnds)
     EXPECT_EQ(start(), "(0,)");
     const std::string file = path_of();
     simulator.log();
-    EXPECT_EQ(simulator::read_info(simulator::with_extension(file, "inf"))->record_complete, 1);
+    EXPECT_EQ(int{simulator::read_info(simulator::with_extension(file, "inf"))->record_complete}, 1);
 }
