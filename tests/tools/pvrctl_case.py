@@ -5,9 +5,11 @@ import os
 import pathlib
 import re
 import shutil
+import signal
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 
 OPTIONS = argparse.Namespace()
@@ -29,6 +31,16 @@ def plain_environment():
 def lines(output):
     """The table that people see, as a dictionary."""
     return dict(re.split(r"  +", line, maxsplit=1) for line in output.splitlines())
+
+
+def wait_until(condition, what):
+    """Returns the condition's first value that is true."""
+    deadline = time.monotonic() + HANGS
+    while not (value := condition()):
+        if time.monotonic() > deadline:
+            raise AssertionError(f"{what}: still not so")
+        time.sleep(0.01)
+    return value
 
 
 class PvrctlTest(unittest.TestCase):
@@ -54,6 +66,17 @@ class PvrctlTest(unittest.TestCase):
                               text=True, timeout=HANGS, check=False, **popen)
         return done.returncode, done.stdout, done.stderr
 
+    def begin(self, *arguments, **environment):
+        """A run under way, which Ctrl-C may end, whoever started the tests."""
+        return subprocess.Popen([OPTIONS.pvrctl, *map(str, arguments)], env=self.environment | environment, text=True,
+                                stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                                preexec_fn=lambda: signal.signal(signal.SIGINT, signal.SIG_DFL))
+
+    def finish(self, run):
+        """Exit code, standard output, standard error of a run that was begun."""
+        output, errors = run.communicate(timeout=HANGS)
+        return run.returncode, output, errors
+
     def succeed(self, *arguments, **popen):
         """The JSON of a command that must succeed."""
         code, output, errors = self.run_pvrctl("--json", *arguments, **popen)
@@ -70,6 +93,24 @@ class PvrctlTest(unittest.TestCase):
         return error["message"]
 
 
+class ScriptedTest(PvrctlTest):
+    """Every test has a service that says what the development service never says."""
+    NOTHING_RUNS = {"get_recording_service_id_list": "(@at [], 0)", "get_handle_for_record": "(@ai [], 0)",
+                    "get_current_livetv_service_id": "(uint64 0,)", "get_default_rec_device": "(0, -2)",
+                    "get_rec_device_name": "('', -2)"}
+
+    def answer(self, **answers):
+        script = [f"{method}={values}" for method, values in (self.NOTHING_RUNS | answers).items()]
+        self.service, address = self.keep([OPTIONS.scripted_bus, *script], env=plain_environment())
+        self.environment["DBUS_SYSTEM_BUS_ADDRESS"] = address.strip()
+
+    def steer(self, line):
+        """Has the service do something, and returns when it is done."""
+        self.service.stdin.write(line + "\n")
+        self.service.stdin.flush()
+        self.assertEqual(self.service.stdout.readline(), "done\n")
+
+
 class SandboxedTest(PvrctlTest):
     """Every test has a sandbox of its own, with the development service in it."""
 
@@ -80,6 +121,7 @@ class SandboxedTest(PvrctlTest):
         os.utime(self.recording, (RECORDED, RECORDED))
         _, line = self.keep([OPTIONS.sandbox, "--", sys.executable, "-c", TELL], env=plain_environment())
         self.environment = json.loads(line)
+        self.device = pathlib.Path(self.environment["PVR_SANDBOX"], "devices", "usb1")
 
     def ask(self, name, path, method, *arguments):
         """Calls by other means than the library, and gives the answer as text."""
@@ -93,7 +135,7 @@ class SandboxedTest(PvrctlTest):
 
     def control(self, method, *arguments):
         # Numbers bring their types: gdbus asks for them, and guesses when a slow service does not answer in time.
-        kind = "uint64" if method == "ListCalls" else "uint32"
+        kind = "uint64" if method in ("ListCalls", "Tune") else "uint32"
         arguments = [f"{kind} {value}" if isinstance(value, int) else value for value in arguments]
         return self.ask("org.vexan.tv.pvr.Simulator1", "/org/vexan/tv/pvr_simulator",
                         "org.vexan.tv.pvr.Simulator1." + method, *arguments)

@@ -8,7 +8,7 @@ import socket
 import subprocess
 
 from pvrctl_case import (DONE, FAILED, HANGS, NOT_FOUND, NOT_RECORDING, NOT_RUNNING, OPTIONS, REFUSED, TIME_OUT,
-                         USAGE, PvrctlTest, SandboxedTest, lines, main, plain_environment)
+                         USAGE, PvrctlTest, SandboxedTest, ScriptedTest, lines, main)
 
 HOSTILE = "not recording\n\x1b[31m.srf"
 
@@ -97,14 +97,7 @@ class Forms(SandboxedTest):
         self.assertIn("svc_pvr_get_pvr_state", errors)
 
 
-class OtherServices(PvrctlTest):
-    """What the development service never says."""
-
-    def answer(self, **answers):
-        script = [f"{method}={values}" for method, values in answers.items()]
-        _, address = self.keep([OPTIONS.scripted_bus, *script], env=plain_environment())
-        self.environment["DBUS_SYSTEM_BUS_ADDRESS"] = address.strip()
-
+class OtherServices(ScriptedTest):
     def test_all_handles_of_recordings_are_listed(self):
         handles = list(range(1000, 0, -1))
         self.answer(get_handle_for_record=f"({handles}, {len(handles)})")
@@ -163,12 +156,12 @@ class CommandLine(PvrctlTest):
     def commands(self, *words):
         """Every command there is, as its help lists them."""
         text = self.run_pvrctl(*words, "--help")[1]
-        found = re.findall(r"^  (\w+)  ", text.partition("\nCommands:\n")[2].partition("\n\n")[0], re.MULTILINE)
+        found = re.findall(r"^  ([\w-]+)  ", text.partition("\nCommands:\n")[2].partition("\n\n")[0], re.MULTILINE)
         return [words, *itertools.chain(*(self.commands(*words, name) for name in found))]
 
     def test_every_command_has_help_with_examples_and_exit_codes(self):
         commands = self.commands()
-        self.assertLessEqual({(), ("play", "start"), ("handle", "list"), ("status",)}, set(commands))
+        self.assertLessEqual({(), ("play", "start"), ("handle", "list"), ("file", "is-recording"), ("status",)}, set(commands))
         for command in commands:
             with self.subTest(command=command):
                 code, text, errors = self.run_pvrctl(*command, "--help")
@@ -212,6 +205,22 @@ class CommandLine(PvrctlTest):
                 ([*skip, "--to", 1, "--by", 1], "takes one of --to, --by and --percent"),
                 ([*skip, "--to", 1, "--to", 2], "--to"),
                 ([*skip, "--by", -2147483648], "--by: '-2147483648' is not between -2147483647 and 2147483647"),
+                (["record", "start", -1], "SERVICE_ID: '-1' is not between 0 and 18446744073709551615"),
+                (["record", "start", 2 ** 64], "is not between 0 and 18446744073709551615"),
+                (["record", "start", 1, "--duration", 0], "--duration: '0' is not between 1 and 2147483647"),
+                (["record", "stop", "x"], "SERVICE_ID: 'x' is no whole number"),
+                (["record", "stop", "--", "--1"], "SERVICE_ID: '--1' is no whole number"),
+                (["record", "duration", 1, 5, "--unlimited"], "excludes"),
+                (["timeshift", "stop"], "SERVICE_ID is required"),
+                (["device", "info"], "HANDLE is required"),
+                (["channel", "list", 1, "x", 2], "SERVICE_ID: 'x' is no whole number"),
+                (["share", "set", 1], "VALUE is required"),
+                (["share", "set", 1, 2 ** 63], "VALUE: '9223372036854775808' is not between"),
+                (["share", "get", 2 ** 31], f"TYPE: '2147483648' {wide}"),
+                (["file", "mkdir", "films", "--mode", 8], "--mode: '8' is no octal number"),
+                (["file", "mkdir", "films", "--mode", ""], "--mode: '' is no"),
+                (["file", "mkdir", "films", "--mode", "-1"], "--mode: '-1' is no octal number"),
+                (["file", "mkdir", "films", "--mode", "7" * 12], "is not between 0 and 2147483647"),
                 (["play", "stop"], "takes one of HANDLE, --all and --file"),
                 (["play", "stop", 3, "--all"], "takes one of HANDLE, --all and --file"),
                 (["status", "--quiet"], "--json excludes --quiet")]:
@@ -222,9 +231,15 @@ class CommandLine(PvrctlTest):
         for number in -2147483648, "+2147483647", "-0", "007":
             for arguments in [["play", "pause", number], ["play", "skip", 3, "--to", number],
                               ["play", "forward", number, "--type", number],
-                              ["play", "start", "/dev/null", "--from", number, "--handle", number]]:
+                              ["play", "start", "/dev/null", "--from", number, "--handle", number],
+                              ["device", "default", number], ["share", "get", number],
+                              ["record", "duration", 1, number]]:
                 with self.subTest(arguments=arguments):
                     self.fail_with(NOT_RUNNING, *arguments)
+        for number in 0, "-0", "+1", 2 ** 64 - 1:
+            self.fail_with(NOT_RUNNING, "channel", "list", number, number)
+        for number in -2 ** 63, 2 ** 63 - 1:
+            self.fail_with(NOT_RUNNING, "share", "set", 1, number)
 
     def test_a_missing_bus_is_told(self):
         self.assertIn("the system bus cannot be reached", self.fail_with(NOT_RUNNING, "handle", "list"))
@@ -236,12 +251,16 @@ class CommandLine(PvrctlTest):
             with self.subTest(name=name):
                 self.assertIn(f"'{name}': ", self.fail_with(NOT_FOUND, "play", "start", f"--from={1}", "--", name))
         self.assertIn("'': ", self.fail_with(NOT_FOUND, "play", "stop", "--file", ""))
+        for verb in "delete", "is-recording":
+            self.assertIn("'missing.srf': ", self.fail_with(NOT_FOUND, "file", verb, "missing.srf"))
+        self.assertIn("'': ", self.fail_with(NOT_FOUND, "file", "mkdir", ""))
 
     def test_a_path_that_is_not_utf_8_is_refused(self):
         name = os.fsdecode(b"no\xfftext.srf")
         (self.folder / name).touch()
-        for arguments in ["start", name], ["stop", "--file", name]:
-            self.assertEqual(self.fail_with(USAGE, "play", *arguments),
+        for arguments in [["play", "start", name], ["play", "stop", "--file", name], ["file", "delete", name],
+                          ["file", "mkdir", name]]:
+            self.assertEqual(self.fail_with(USAGE, *arguments),
                              f"the path of the file is not UTF-8: {self.folder}/no\ufffdtext.srf")
 
     def test_the_version_is_the_librarys(self):
@@ -250,10 +269,6 @@ class CommandLine(PvrctlTest):
 
 class Silence(SandboxedTest):
     """Each wait takes the 25 s that the library waits, so they run side by side."""
-
-    def begin(self, *arguments, **environment):
-        return subprocess.Popen([OPTIONS.pvrctl, *map(str, arguments)], env=self.environment | environment, text=True,
-                                stdout=subprocess.PIPE, stderr=subprocess.PIPE)
 
     def test_ends_with_a_time_out(self):
         handle = self.start()

@@ -151,6 +151,9 @@ class Handles(SandboxedTest):
 
     def test_of_recordings_are_listed(self):
         self.assertEqual(self.succeed("handle", "list"), {"handles": [], "count": 0})
+        self.succeed("record", "start", 1)
+        handle = self.succeed("record", "info", 1)["handle"]
+        self.assertEqual(self.succeed("handle", "list"), {"handles": [handle], "count": 1})
 
     def test_may_be_any_number(self):
         for handle in -2147483648, -1, 0, 2147483647:
@@ -166,7 +169,8 @@ class Handles(SandboxedTest):
 
 class Status(SandboxedTest):
     IDLE = {"bus": True, "records": True, "play_state": {"code": 0, "name": "PLAY_STATE_NONE"},
-            "record_state": {"code": 0, "name": "PS_RECORD_STATE_STOP"}}
+            "record_state": {"code": 0, "name": "PS_RECORD_STATE_STOP"}, "recordings": [], "watched_channel": 1,
+            "default_device": {"handle": 1, "name": "usb1"}}
 
     def owner(self):
         answer = self.ask("org.freedesktop.DBus", "/", "org.freedesktop.DBus.GetNameOwner", "org.vexan.tv.pvr.server")
@@ -180,9 +184,26 @@ class Status(SandboxedTest):
         state = {"code": PAUSE, "name": "PLAY_STATE_PAUSE"}
         found = self.succeed("status", handle)
         self.assertEqual(found, self.IDLE | {
-            "service": self.owner(), "play_state": state,
+            "service": self.owner(), "play_state": state, "watched_channel": None,
             "playback": {"handle": handle, "uri": str(self.recording), "state": state, "relative_second": 100,
                          "absolute_second": RECORDED - 200}})
+
+    def test_tells_of_recordings(self):
+        self.succeed("record", "start", 1)
+        self.succeed("timeshift", "start", 1)
+        self.control("Tune", 2)
+        found = self.succeed("status")
+        self.assertEqual(found["record_state"], {"code": 2, "name": "PS_RECORD_STATE_REC"})
+        self.assertEqual([(one["service_id"], one["timeshift"]) for one in found["recordings"]], [(1, False), (1, True)])
+        self.assertEqual(found["watched_channel"], 2)
+        table = lines(self.run_pvrctl("status")[1])
+        self.assertEqual((table["recordings"], table["watched"], table["records to"]),
+                         ("channel 1, channel 1 as a timeshift", "channel 2", "device 1, usb1"))
+
+    def test_tells_when_there_is_no_device(self):
+        self.device.rmdir()
+        self.assertIsNone(self.succeed("status")["default_device"])
+        self.assertEqual(lines(self.run_pvrctl("status")[1])["records to"], "no device")
 
     def test_of_a_handle_that_plays_nothing_is_an_answer(self):
         self.assertEqual(self.succeed("status", 77)["playback"]["uri"], "")
@@ -196,6 +217,7 @@ class Status(SandboxedTest):
         self.assertEqual(table, {
             "bus": "reachable", "service": "running, as " + self.owner(), "records": "yes",
             "play state": "paused (PLAY_STATE_PAUSE)", "record state": "no recording (PS_RECORD_STATE_STOP)",
+            "recordings": "none", "watched": "no channel", "records to": "device 1, usb1",
             "handle": str(handle), "recording": str(self.recording), "state": "paused (PLAY_STATE_PAUSE)"})
 
     def test_looks_the_same_on_a_terminal(self):

@@ -11,6 +11,7 @@
 #include <memory>
 #include <string_view>
 #include <system_error>
+#include <type_traits>
 
 #include "failure.h"
 
@@ -27,18 +28,23 @@ constexpr std::array speeds{
     Speed{"64", 6}, Speed{"128", 7}, Speed{"1/2", 8}, Speed{"1/4", 9}, Speed{"1/8", 10},
 };
 
-int parsed_number(const std::string &name, std::string_view text, int least)
+template <typename Number>
+Number parsed_number(const std::string &name, std::string_view text, Number least, int base = 10)
 {
     std::string_view digits = text;
     if (digits.size() > 1 && digits[0] == '+' && digits[1] != '-')
         digits.remove_prefix(1);
-    int value = 0;
-    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
+    // A number below 0 is one all the same where none can be.
+    const bool is_negative = std::is_unsigned_v<Number> && digits.size() > 1 && digits[0] == '-' && digits[1] != '-';
+    if (is_negative)
+        digits.remove_prefix(1);
+    Number value = 0;
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value, base);
     if (end != digits.data() + digits.size() || error == std::errc::invalid_argument)
         throw CLI::ValidationError(name, "'" + std::string(text) + "' is no whole number");
-    if (error == std::errc::result_out_of_range || value < least)
+    if (error == std::errc::result_out_of_range || value < least || (is_negative && value != 0))
         throw CLI::ValidationError(name, "'" + std::string(text) + "' is not between " + std::to_string(least) +
-                                             " and " + std::to_string(std::numeric_limits<int>::max()));
+                                             " and " + std::to_string(std::numeric_limits<Number>::max()));
     return value;
 }
 
@@ -52,19 +58,45 @@ std::string sendable(std::string path)
 
 } // namespace
 
-CLI::Option *add_number(CLI::App &verb, const std::string &name, int &value, const std::string &type,
-                        const std::string &description, int least)
+template <typename Number>
+CLI::Option *add_number(CLI::App &verb, const std::string &name, Number &value, const std::string &type,
+                        const std::string &description, Number least)
 {
     const CLI::callback_t store = [name, &value, least](const CLI::results_t &texts) {
-        value = parsed_number(name, texts.at(0), least);
+        value = parsed_number<Number>(name, texts.at(0), least);
         return true;
     };
     return verb.add_option(name, store, description)->type_name(type);
 }
 
+template CLI::Option *add_number(CLI::App &, const std::string &, int &, const std::string &, const std::string &, int);
+template CLI::Option *add_number(CLI::App &, const std::string &, std::int64_t &, const std::string &,
+                                 const std::string &, std::int64_t);
+template CLI::Option *add_number(CLI::App &, const std::string &, std::uint64_t &, const std::string &,
+                                 const std::string &, std::uint64_t);
+
 CLI::Option *add_handle_argument(CLI::App &verb, int &handle)
 {
     return add_number(verb, "HANDLE", handle, "", "a handle, as the service issued it")->required();
+}
+
+CLI::Option *add_channel_argument(CLI::App &verb, std::uint64_t &service_id)
+{
+    return add_number(verb, "SERVICE_ID", service_id, "", "the channel's service id")->required();
+}
+
+std::uint64_t parsed_channel(const std::string &text) { return parsed_number<std::uint64_t>("SERVICE_ID", text, 0); }
+
+CLI::Option *add_permissions(CLI::App &verb, const std::string &name, int &mode, const std::string &description)
+{
+    const CLI::callback_t store = [name, &mode](const CLI::results_t &texts) {
+        constexpr int octal = 8;
+        if (texts.at(0).find_first_not_of("01234567") != std::string::npos)
+            throw CLI::ValidationError(name, "'" + texts.at(0) + "' is no octal number");
+        mode = parsed_number(name, texts.at(0), 0, octal);
+        return true;
+    };
+    return verb.add_option(name, store, description)->type_name("OCTAL");
 }
 
 CLI::Option *add_speed(CLI::App &verb, int &type)

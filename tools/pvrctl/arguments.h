@@ -2,17 +2,27 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <cstdint>
 #include <limits>
 #include <string>
 
 namespace pvrctl {
 
-/// A number that the command line may give. Junk and what does not fit are refused, never cut.
-CLI::Option *add_number(CLI::App &verb, const std::string &name, int &value, const std::string &type,
-                        const std::string &description, int least = std::numeric_limits<int>::min());
+/// A number that the command line may give. Junk and what does not fit are refused, never cut. The numbers are
+/// int, std::int64_t and std::uint64_t.
+template <typename Number>
+CLI::Option *add_number(CLI::App &verb, const std::string &name, Number &value, const std::string &type,
+                        const std::string &description, Number least = std::numeric_limits<Number>::min());
 
 /// A handle, which is required.
 CLI::Option *add_handle_argument(CLI::App &verb, int &handle);
+
+/// A channel, which is required.
+CLI::Option *add_channel_argument(CLI::App &verb, std::uint64_t &service_id);
+std::uint64_t parsed_channel(const std::string &text);
+
+/// Permissions as chmod(1) takes them, in octal.
+CLI::Option *add_permissions(CLI::App &verb, const std::string &name, int &mode, const std::string &description);
 
 /// A speed as people write it, stored as the number that the development service takes for it.
 CLI::Option *add_speed(CLI::App &verb, int &type);

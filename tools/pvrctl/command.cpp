@@ -3,6 +3,8 @@
 #include <memory>
 #include <utility>
 
+#include "arguments.h"
+
 namespace pvrctl {
 namespace {
 
@@ -102,6 +104,15 @@ void choose(Commands &commands, CLI::App &verb, Action action, std::function<voi
             check();
         commands.chosen = action;
     });
+}
+
+void add_channel_verb(Commands &commands, CLI::App &object, const ChannelVerb &verb)
+{
+    CLI::App &command = add_command(object, verb.name, verb.description, {verb.example});
+    const auto service_id = std::make_shared<std::uint64_t>();
+    add_channel_argument(command, *service_id);
+    choose(commands, command,
+           [service_id, &verb](Service &service, Output &output) { verb.action(service, output, *service_id); });
 }
 
 } // namespace pvrctl

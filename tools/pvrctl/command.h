@@ -2,6 +2,7 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <cstdint>
 #include <functional>
 #include <initializer_list>
 #include <memory>
@@ -30,6 +31,15 @@ CLI::App &add_command(CLI::App &parent, const std::string &name, const std::stri
 /// stand in check, which throws CLI::ValidationError.
 void choose(Commands &commands, CLI::App &verb, Action action, std::function<void()> check = {});
 
+/// A verb that takes a channel and nothing else; it has to stay for as long as the command line.
+struct ChannelVerb {
+    const char *name;
+    const char *description;
+    const char *example;
+    void (*action)(Service &, Output &, std::uint64_t service_id);
+};
+void add_channel_verb(Commands &commands, CLI::App &object, const ChannelVerb &verb);
+
 /// The group of the options that every command takes; they are the root's.
 inline constexpr char common_options[] = "Options of every command";
 
@@ -39,9 +49,18 @@ std::shared_ptr<CLI::Formatter> help_formatter();
 /// What is below the options in every help: examples and exit codes.
 std::string help_footer(Examples examples);
 
+/// The verb of "record" that has a file of its own.
+void add_record_start(Commands &commands, CLI::App &object);
+
 // One function per object.
 void add_play(Commands &commands);
+void add_record(Commands &commands);
+void add_timeshift(Commands &commands);
 void add_handle(Commands &commands);
+void add_device(Commands &commands);
+void add_channel(Commands &commands);
+void add_share(Commands &commands);
+void add_file(Commands &commands);
 void add_status(Commands &commands);
 
 } // namespace pvrctl

@@ -13,7 +13,8 @@ std::span<const ExitCodeText> exit_codes()
         ExitCodeText{ExitCode::time_out, "time-out", "the service runs but does not answer"},
         ExitCodeText{ExitCode::not_running, "not-running", "the service is not running, or there is no bus"},
         ExitCodeText{ExitCode::not_recording, "not-recording", "the product or its service does not record"},
-        ExitCodeText{ExitCode::not_found, "not-found", "a file was not found"},
+        ExitCodeText{ExitCode::not_found, "not-found",
+                     "not found: a file, a channel, a device, a recording or a value"},
         ExitCodeText{ExitCode::refused, "refused", "the service refused"},
     };
     return table;

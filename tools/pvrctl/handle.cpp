@@ -1,5 +1,4 @@
 // pvrctl handle: what the service issues handles for.
-#include <algorithm>
 #include <memory>
 #include <pvr_service_api.h>
 #include <string>
@@ -8,30 +7,15 @@
 #include "arguments.h"
 #include "command.h"
 #include "issued_handle.h"
+#include "listed.h"
 
 namespace pvrctl {
 namespace {
 
-/// The service may have started recordings between the two questions, so there may have to be more of them.
-std::vector<int> running_recordings(const Service &service)
-{
-    std::vector<int> handles;
-    for (;;) {
-        int count = 0;
-        const auto room = static_cast<int>(handles.size());
-        service.check(svc_pvr_get_handle_for_record(handles.data(), room, &count));
-        if (count <= room) {
-            handles.resize(static_cast<std::size_t>(std::max(count, 0)));
-            return handles;
-        }
-        handles.assign(static_cast<std::size_t>(count), 0);
-    }
-}
-
 void list_handles(Service &service, Output &output)
 {
     service.open();
-    const std::vector<int> handles = running_recordings(service);
+    const std::vector<int> handles = listed(service, svc_pvr_get_handle_for_record);
     std::vector<Row> rows;
     rows.reserve(handles.size());
     for (const int handle : handles)
@@ -64,7 +48,7 @@ void add_handle(Commands &commands)
                                    {"handle list", "handle release 3"});
     object.require_subcommand(1);
 
-    CLI::App &list = add_command(object, "list", "List the handles of the recordings that are running",
+    CLI::App &list = add_command(object, "list", "List the handles of the recordings and timeshifts that run",
                                  {"handle list", "handle list --json"});
     choose(commands, list, list_handles);
 

@@ -12,6 +12,7 @@
 #include "command.h"
 #include "output.h"
 #include "service.h"
+#include "wait.h"
 
 namespace pvrctl {
 namespace {
@@ -78,11 +79,17 @@ ExitCode run(Output &output, int argc, char **argv)
     CLI::Option *quiet = root.add_flag("--quiet", is_quiet, "print nothing but errors")->excludes(json);
     for (CLI::Option *option : {json, quiet})
         option->group(common_options);
-    root.footer(help_footer({"status", "play start first.srf", "play skip 3 --by -30", "status 3 --json"}));
+    root.footer(help_footer({"status", "play start first.srf", "record start 1 --duration 60", "status --json"}));
     root.require_subcommand(1);
     root.fallthrough();
     add_play(commands);
+    add_record(commands);
+    add_timeshift(commands);
     add_handle(commands);
+    add_device(commands);
+    add_channel(commands);
+    add_share(commands);
+    add_file(commands);
     add_status(commands);
 
     const Action action = chosen_action(commands, output, argc, argv);
@@ -114,6 +121,8 @@ int main(int argc, char **argv)
     ExitCode code = ExitCode::failed;
     try {
         code = run(output, argc, argv);
+    } catch (const Interrupted &interrupted) {
+        return interrupted.exit_code();
     } catch (const Failure &failure) {
         code = failure.code();
         output.report(failure);

@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <ctime>
 
 namespace pvrctl {
 namespace {
@@ -72,6 +73,16 @@ std::string printable(std::string_view text)
         result += escape.data();
     }
     return result;
+}
+
+std::string local_time(std::int64_t seconds)
+{
+    const auto when = static_cast<std::time_t>(seconds);
+    std::tm local{};
+    std::array<char, 64> text{};
+    if (localtime_r(&when, &local) == nullptr)
+        return {};
+    return {text.data(), std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", &local)};
 }
 
 std::string wrapped(std::string_view text, std::size_t indent)

@@ -1,6 +1,7 @@
 // What a command says, for people or as JSON: data on standard output, everything else on standard error.
 #pragma once
 
+#include <cstdint>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
@@ -40,6 +41,9 @@ private:
 
 /// Text from a file name or the service, harmless to a terminal: control characters as \xNN.
 std::string printable(std::string_view text);
+
+/// A time in seconds since 1970 UTC, as the clock on the wall shows it; empty when it cannot be one.
+std::string local_time(std::int64_t seconds);
 
 /// Breaks text at spaces so that lines fit 80 columns. Words are never cut. Lines but the first are indented.
 std::string wrapped(std::string_view text, std::size_t indent);

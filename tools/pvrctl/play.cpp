@@ -18,8 +18,6 @@
 namespace pvrctl {
 namespace {
 
-constexpr char application[] = "pvrctl";
-
 void show(Output &output, const Playback &playback) { output.show(playback_json(playback), playback_rows(playback)); }
 
 Playback running_playback(const Service &service, int handle)

@@ -1,23 +1,12 @@
 #include "playback.h"
 
 #include <array>
-#include <ctime>
 #include <pvr_service_api.h>
 
 #include "states.h"
 
 namespace pvrctl {
 namespace {
-
-std::string local_time(std::int64_t seconds)
-{
-    const auto when = static_cast<std::time_t>(seconds);
-    std::tm local{};
-    std::array<char, 64> text{};
-    if (localtime_r(&when, &local) == nullptr)
-        return {};
-    return {text.data(), std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", &local)};
-}
 
 std::string position(const Playback &playback)
 {

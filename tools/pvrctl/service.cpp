@@ -119,6 +119,7 @@ void Service::check_delivered(int result) const
 {
     if (result == PS_CALL_METHOD_FAILED && watch_->latest().kind != Exchange::answered)
         throw diagnosis();
+    watch_->forget();
 }
 
 bool Service::is_answering() const { return watch_->latest().kind != Exchange::unanswered; }

@@ -5,11 +5,15 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "failure.h"
 #include "watch.h"
 
 namespace pvrctl {
+
+/// Who asks, as the service is told.
+inline constexpr char application[] = "pvrctl";
 
 class Service {
 public:
@@ -36,6 +40,11 @@ public:
 
     /// Whether the service has answered the latest call.
     bool is_answering() const;
+
+    /// Keeps what the service tells of a method (ps_method_e) on its own, for take_news(). It takes a session.
+    void listen(int method) { watch_->listen(method); }
+    /// What has come since it was asked last.
+    std::vector<News> take_news() { return watch_->take_news(); }
 
 private:
     Failure diagnosis() const;

@@ -50,17 +50,27 @@ constexpr std::array record_states{
     State{PS_RECORD_STATE_PAUSE, "PS_RECORD_STATE_PAUSE", "paused"},
 };
 
+constexpr std::array record_types{
+    State{PS_RECORD_TYPE_NONE, "PS_RECORD_TYPE_NONE", "no recording"},
+    State{PS_RECORD_TYPE_NORMAL, "PS_RECORD_TYPE_NORMAL", "normal recording"},
+    State{PS_RECORD_TYPE_TIMESHIFT_PLAY, "PS_RECORD_TYPE_TIMESHIFT_PLAY", "watched timeshift"},
+    State{PS_RECORD_TYPE_TIMESHIFT_PAUSE, "PS_RECORD_TYPE_TIMESHIFT_PAUSE", "paused timeshift"},
+    State{PS_RECORD_TYPE_TIMER, "PS_RECORD_TYPE_TIMER", "timer recording"},
+    State{PS_RECORD_TYPE_SEGMENT, "PS_RECORD_TYPE_SEGMENT", "segment recording"},
+    State{PS_RECORD_TYPE_COMPOSITE, "PS_RECORD_TYPE_COMPOSITE", "composite recording"},
+};
+
 Json as_json(std::span<const State> states, int code)
 {
     const auto state = std::ranges::find(states, code, &State::code);
     return {{"code", code}, {"name", state != states.end() ? Json(state->name) : Json()}};
 }
 
-std::string as_text(std::span<const State> states, int code)
+std::string as_text(std::span<const State> states, int code, const char *what)
 {
     const auto state = std::ranges::find(states, code, &State::code);
     if (state == states.end())
-        return "state " + std::to_string(code);
+        return std::string(what) + ' ' + std::to_string(code);
     return std::string(state->phrase) + " (" + state->name + ")";
 }
 
@@ -68,7 +78,18 @@ std::string as_text(std::span<const State> states, int code)
 
 Json play_state_json(int code) { return as_json(play_states, code); }
 Json record_state_json(int code) { return as_json(record_states, code); }
-std::string play_state_text(int code) { return as_text(play_states, code); }
-std::string record_state_text(int code) { return as_text(record_states, code); }
+std::string play_state_text(int code) { return as_text(play_states, code, "state"); }
+std::string record_state_text(int code) { return as_text(record_states, code, "state"); }
+Json record_type_json(int code) { return as_json(record_types, code); }
+std::string record_type_text(int code) { return as_text(record_types, code, "type"); }
+
+Json answer_json(int answer) { return answer == 0 || answer == 1 ? Json(answer == 1) : Json(answer); }
+
+std::string answer_text(int answer)
+{
+    if (answer == 0 || answer == 1)
+        return answer == 1 ? "yes" : "no";
+    return "unknown, the service answers " + std::to_string(answer);
+}
 
 } // namespace pvrctl

@@ -1,4 +1,6 @@
 // pvrctl status: whether the service can be used, and what it does.
+#include <array>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <pvr_service_api.h>
@@ -9,6 +11,7 @@
 #include "arguments.h"
 #include "command.h"
 #include "playback.h"
+#include "recordings.h"
 #include "states.h"
 
 namespace pvrctl {
@@ -24,6 +27,31 @@ struct Report {
         rows.push_back(std::move(row));
     }
 };
+
+void ask_about_recordings(const Service &service, Report &report)
+{
+    Json recordings = Json::array();
+    std::string text;
+    for (const Recording &recording : running_recordings(service)) {
+        recordings.push_back(recording_json(recording));
+        text += (text.empty() ? "" : ", ") + channel_text(recording.service_id) +
+                (recording.is_timeshift ? " as a timeshift" : "");
+    }
+    report.add("recordings", std::move(recordings), {"recordings", text.empty() ? "none" : text});
+
+    std::uint64_t watched = 0;
+    service.check(svc_pvr_get_current_livetv_service_id(&watched));
+    report.add("watched_channel", watched != 0 ? Json(watched) : Json(),
+               {"watched", watched != 0 ? channel_text(watched) : "no channel"});
+
+    int device = 0;
+    std::array<char, 255> name{};
+    service.check(svc_pvr_get_default_rec_device(&device));
+    service.check(svc_pvr_get_default_rec_dev_name(name.data()));
+    const bool is_there = name[0] != '\0';
+    report.add("default_device", is_there ? Json{{"handle", device}, {"name", name.data()}} : Json(),
+               {"records to", is_there ? "device " + std::to_string(device) + ", " + name.data() : "no device"});
+}
 
 /// Asks one thing after the other, and throws at the first that forbids to go on.
 void ask(Service &service, std::optional<int> handle, Report &report)
@@ -58,6 +86,8 @@ void ask(Service &service, std::optional<int> handle, Report &report)
     service.check(svc_pvr_get_pvr_state(&play_state, &record_state));
     report.add("play_state", play_state_json(play_state), {"play state", play_state_text(play_state)});
     report.add("record_state", record_state_json(record_state), {"record state", record_state_text(record_state)});
+
+    ask_about_recordings(service, report);
 
     if (!handle)
         return;

@@ -1,9 +1,11 @@
 // Watches a connection for what became of the library's latest call to the service, since the library
-// itself returns one code for every failure. It only looks on.
+// itself returns one code for every failure; and for the service's news, of which it tells nothing yet. It only looks
+// on.
 #pragma once
 
 #include <gio/gio.h>
 #include <string>
+#include <vector>
 
 namespace pvrctl {
 
@@ -13,6 +15,12 @@ struct Exchange {
     std::string method;
     std::string error_name;
     std::string error_text;
+};
+
+/// What the service tells of on its own (ps_method_e), and the numbers that it tells.
+struct News {
+    int method;
+    std::vector<int> numbers;
 };
 
 class Watch {
@@ -27,6 +35,11 @@ public:
 
     /// From here on only a later call counts.
     void forget();
+
+    /// Keeps the news of a method, from here on and no other.
+    void listen(int method);
+    /// Those that have come since it was asked last.
+    std::vector<News> take_news();
 
 private:
     struct Shared;
