@@ -211,8 +211,22 @@ typedef void (*autohighlight_cb)(int event, int iIndex, long lStartTime, long lE
 /** Takes a state change or notification by value, with the user data it was registered with. */
 typedef void (*pvr_signal_cb)(pvr_service_signal signal, void *user_data);
 
+/** Takes a state change or notification that is valid during the call only, with the user data it was registered with.
+ */
+typedef void (*pvr_signal_point_cb)(pvr_service_signal *signal, void *user_data);
+
 /** Takes the result of an operation by value, with the user data it was registered with. */
 typedef void (*pvr_result_cb)(pvr_service_result result, void *user_data);
+
+/** Takes the result of an operation that is valid during the call only, with the user data it was registered with. */
+typedef void (*pvr_result_point_cb)(pvr_service_result *result, void *user_data);
+
+/** Takes what other applications learn of a result, by value, with the user data it was registered with. */
+typedef void (*pvr_result_third_cb)(pvr_result_third result, void *user_data);
+
+/** Takes the state of the service, a code of its own, with the user data it was registered with. The development
+    service gives 1 while it plays, 2 while it records, their sum, or 0. */
+typedef void (*pvr_state_cb)(int state, void *user_data);
 
 #ifdef __cplusplus
 }

@@ -139,4 +139,14 @@ typedef struct PVR_PACKED pvr_service_result {
     int32_t current_state; /**< third value of a playback result */
 } pvr_service_result;
 
+/** What applications other than the recorder learn of a result, 28 bytes. Check get_size_of_pvr_result_third(). */
+typedef struct PVR_PACKED pvr_result_third {
+    int32_t third_part_method;  /**< what it is about (ps_third_part_method_e) */
+    int32_t third_part_command; /**< what happened to it (ps_third_part_command_e) */
+    int32_t result;             /**< 1 when it counts as done, else 0; always 0 for playback */
+    int32_t service_result;     /**< the service's own result code; 113 for a launch that failed */
+    uint64_t service_id;        /**< the broadcast service concerned; 0 when there is none */
+    int32_t UID;                /**< identifier of the recording; -1 when there is none */
+} pvr_result_third;
+
 #endif

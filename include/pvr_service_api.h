@@ -58,6 +58,7 @@
 #define PVR_SERVICE_API_H
 
 #include "pvr_base.h"
+#include "pvr_callbacks.h"
 #include "pvr_events.h"
 #include "pvr_legacy.h"
 #include "pvr_playback.h"
@@ -100,38 +101,6 @@ PVR_API int svc_pvr_service_init(void) PVR_NOEXCEPT;
  * @return PS_SUCCESS; PS_CALL_METHOD_FAILED, with the session untouched, when the product does not record.
  */
 PVR_API int svc_pvr_service_destroy(void) PVR_NOEXCEPT;
-
-/** @} */
-
-/** @name Callbacks */
-/** @{ */
-
-/** @return sizeof(pvr_service_signal) as the library sees it, 291. */
-PVR_API int get_size_of_pvr_service_signal(void) PVR_NOEXCEPT;
-
-/** @return sizeof(pvr_service_result) as the library sees it, 287. */
-PVR_API int get_size_of_pvr_service_result(void) PVR_NOEXCEPT;
-
-/**
- * Registers the callback for the results of operations, in place of the one registered before. Events
- * arrive from the first registration on that is made while there is a session: make one first
- * (svc_pvr_service_init).
- *
- * @param func       the callback; null leaves the registered one
- * @param user_data  handed to every call of func
- * @return PS_SUCCESS; PS_CALL_METHOD_FAILED, with nothing registered, when the product does not record.
- */
-PVR_API int svc_pvr_register_result_pvr_cb(pvr_result_cb func, void *user_data) PVR_NOEXCEPT;
-
-/**
- * Registers the callback for state changes and notifications, in place of the one registered before.
- * Otherwise as svc_pvr_register_result_pvr_cb.
- *
- * @param func       the callback; null leaves the registered one
- * @param user_data  handed to every call of func
- * @return PS_SUCCESS; PS_CALL_METHOD_FAILED, with nothing registered, when the product does not record.
- */
-PVR_API int svc_pvr_register_signal_cb(pvr_signal_cb func, void *user_data) PVR_NOEXCEPT;
 
 /** @} */
 

@@ -73,6 +73,7 @@ template <typename... Arguments>
 
 // Lines that name the calling process.      forward    where           priority  head
 #define ENTRY(...)             PVR_LOG_LINE(of_master, ::pvr::Here(),   error, "[EST][%s]My master:[%d][%s]", __VA_ARGS__)
+#define ENTRY_AT(here, ...)    PVR_LOG_LINE(of_master, here,            error, "[EST][%s]My master:[%d][%s]", __VA_ARGS__)
 #define FAILURE(...)           PVR_LOG_LINE(of_master, ::pvr::Here(),   error, "[EST][%s]My master:[%d][%s]", __VA_ARGS__)
 #define FAILURE_AT(here, ...)  PVR_LOG_LINE(of_master, here,            error, "[EST][%s]My master:[%d][%s]", __VA_ARGS__)
 #define EXCEPTION(...)         PVR_LOG_LINE(of_master, ::pvr::Here(),   error, "[EXP][%s]My master:[%d][%s]", __VA_ARGS__)
@@ -82,6 +83,7 @@ template <typename... Arguments>
 // Lines that do not.
 #define PLAIN_ENTRY(...)       PVR_LOG_LINE(plain,     ::pvr::Here(),   error, "[EST][%s]",                   __VA_ARGS__)
 #define PLAIN_FAILURE(...)     PVR_LOG_LINE(plain,     ::pvr::Here(),   error, "[EST][%s]",                   __VA_ARGS__)
+#define PLAIN_FAILURE_AT(here, ...) PVR_LOG_LINE(plain, here,           error, "[EST][%s]",                   __VA_ARGS__)
 #define PLAIN_INFO(...)        PVR_LOG_LINE(plain,     ::pvr::Here(),   info,  "[%s]",                        __VA_ARGS__)
 #define PLAIN_INFO_AT(here, ...) PVR_LOG_LINE(plain,   here,            info,  "[%s]",                        __VA_ARGS__)
 #define DETAIL(...)            PVR_LOG_LINE(plain,     ::pvr::Here(),   debug, "[%s]",                        __VA_ARGS__)

@@ -242,6 +242,16 @@ void connect_signal_handler(SignalHandler *handler) noexcept
         connect_to(proxy);
 }
 
+void disconnect_signal_handler() noexcept
+{
+    const std::lock_guard lock(g_mutex);
+    if (GDBusProxy *proxy = g_pvr_proxy; proxy != nullptr)
+        if (const unsigned long id = g_handler_id.exchange(0); id != 0) {
+            g_signal_handler_disconnect(proxy, id);
+            session.handler = nullptr; // a successor must not have it either
+        }
+}
+
 } // namespace pvr
 
 using namespace pvr;

@@ -40,6 +40,9 @@ int check_owner(Here here) noexcept;
 /// Connects the handler to the proxy's "g-signal" if there is a proxy and nothing is connected yet.
 void connect_signal_handler(SignalHandler *handler) noexcept;
 
+/// Disconnects the handler, if there is a proxy and one is connected.
+void disconnect_signal_handler() noexcept;
+
 /// Whether an address is no mutex's at all. It cannot be for the library's own, and is tested all the same.
 bool is_corrupt_address(const void *address) noexcept;
 

@@ -1,6 +1,8 @@
 #include "events/browser_queue.h"
 
 #include <cstdlib>
+#include <cstring>
+#include <string_view>
 #include <utility>
 
 namespace pvr {
@@ -8,6 +10,21 @@ namespace pvr {
 constinit std::mutex browser_queue_mutex;
 constinit BrowserNode *browser_queue = nullptr;
 constinit bool cancelCallback = false;
+
+void ReleaseNode::operator()(BrowserNode *node) const noexcept { std::free(node); }
+
+TakenNode take_from_browser_queue(const char *location) noexcept
+{
+    const std::lock_guard lock(browser_queue_mutex);
+    if (cancelCallback)
+        return nullptr;
+    for (BrowserNode **link = &browser_queue; *link != nullptr; link = &(*link)->next) {
+        const std::string_view waited((*link)->location, strnlen((*link)->location, sizeof(*link)->location));
+        if (waited == location)
+            return TakenNode(std::exchange(*link, (*link)->next));
+    }
+    return nullptr;
+}
 
 void remove_from_browser_queue(const BrowserNode *node) noexcept
 {

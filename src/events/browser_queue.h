@@ -2,6 +2,7 @@
 // nothing in the library fills it.
 #pragma once
 
+#include <memory>
 #include <mutex>
 
 namespace pvr {
@@ -24,6 +25,15 @@ extern BrowserNode *browser_queue;
 
 /// Whether the queue was cancelled, which lasts as long as the process.
 extern bool cancelCallback;
+
+struct ReleaseNode {
+    void operator()(BrowserNode *node) const noexcept;
+};
+using TakenNode = std::unique_ptr<BrowserNode, ReleaseNode>;
+
+/// Takes the first node out that waits for this location, which is compared within a node's room for it. Null when
+/// there is none, and when the queue was cancelled.
+TakenNode take_from_browser_queue(const char *location) noexcept;
 
 /// Takes one node out and releases it. Deliberately, a queue of one node is emptied whichever node was
 /// asked for; otherwise a node that is not in the queue is left alone.
