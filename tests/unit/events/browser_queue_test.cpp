@@ -2,7 +2,9 @@
 
 #include <cstddef>
 #include <cstdlib>
+#include <cstring>
 #include <gtest/gtest.h>
+#include <string>
 #include <vector>
 
 using namespace pvr;
@@ -51,6 +53,28 @@ TEST_F(BrowserQueue, LosesTheNodeThatIsAskedFor)
         EXPECT_EQ(in_queue(), nodes);
         cancel_browser_queue();
     }
+}
+
+TEST_F(BrowserQueue, GivesTheFirstNodeThatWaitsForALocation)
+{
+    const std::vector<BrowserNode *> nodes = queued(4);
+    std::strcpy(nodes[1]->location, "/m/a.srf");
+    std::strcpy(nodes[2]->location, "/m/a.srf");
+    std::memset(nodes[3]->location, 'x', sizeof nodes[3]->location); // full, without a NUL
+    EXPECT_FALSE(take_from_browser_queue("/m/a.sr"));
+    EXPECT_FALSE(take_from_browser_queue("/m/a.srf2"));
+    const TakenNode taken = take_from_browser_queue("/m/a.srf");
+    EXPECT_EQ(taken.get(), nodes[1]);
+    EXPECT_EQ(in_queue(), (std::vector<BrowserNode *>{nodes[0], nodes[2], nodes[3]}));
+    EXPECT_FALSE(take_from_browser_queue(std::string(257, 'x').c_str()));
+    EXPECT_EQ(take_from_browser_queue(std::string(256, 'x').c_str()).get(), nodes[3]);
+}
+
+TEST_F(BrowserQueue, GivesNothingOnceItIsCancelled)
+{
+    cancel_browser_queue();
+    queued(1);
+    EXPECT_FALSE(take_from_browser_queue(""));
 }
 
 TEST_F(BrowserQueue, OfOneNodeIsEmptiedWhicheverNodeIsAskedFor)
