@@ -20,6 +20,20 @@ GVariant *answer_to(const char *interface)
     return nullptr;
 }
 
+/// As many signals as the first number of a call's arguments asks for.
+void send_signals(GDBusConnection *connection, GVariant *arguments)
+{
+    constexpr std::size_t digits_of_a_record = 582;
+    char digits[digits_of_a_record + 1];
+    std::memset(digits, '5', digits_of_a_record);
+    digits[digits_of_a_record] = '\0';
+    int count = 0;
+    g_variant_get_child(arguments, 0, "i", &count);
+    for (int i = 0; i < count; ++i)
+        g_dbus_connection_emit_signal(connection, nullptr, object_path, interface_name, "send_pvr_signal_to_apps",
+                                      g_variant_new("(is)", 1, digits), nullptr);
+}
+
 GDBusMessage *answer(GDBusConnection *connection, GDBusMessage *message, gboolean is_incoming, void *)
 {
     if (is_incoming == FALSE || g_dbus_message_get_message_type(message) != G_DBUS_MESSAGE_TYPE_METHOD_CALL ||
@@ -29,6 +43,8 @@ GDBusMessage *answer(GDBusConnection *connection, GDBusMessage *message, gboolea
     if (body == nullptr)
         return message;
 
+    if (g_strcmp0(g_dbus_message_get_member(message), "format") == 0)
+        send_signals(connection, g_dbus_message_get_body(message));
     GDBusMessage *reply = g_dbus_message_new_method_reply(message);
     g_dbus_message_set_body(reply, body);
     g_dbus_connection_send_message(connection, reply, G_DBUS_SEND_MESSAGE_FLAGS_NONE, nullptr, nullptr);

@@ -55,7 +55,7 @@ def series(results):
     """One value per round for each subject: times in ns, counts as they are."""
     values = collections.defaultdict(dict)
     for run_ in results["benchmarks"]:
-        value = run_.get("allocations", run_["real_time"])
+        value = run_.get("allocations", run_.get("cpu_ns", run_["real_time"]))
         values[run_["name"]][run_["repetition_index"]] = value
     return {name: [of_round[index] for index in sorted(of_round)] for name, of_round in values.items()}
 

@@ -1,6 +1,7 @@
 // How long a call, the frame alone, a dropped log line and a session take, each beside what it is
 // compared with.
 #include "callers.h"
+#include "events.h"
 #include "placement.h"
 #include "private_bus.h"
 #include "rounds.h"
@@ -129,6 +130,9 @@ int run(const Options &options)
     groups.push_back(frames(callers));
     groups.push_back(log_lines());
     groups.push_back(sessions(callers));
+    groups.push_back(event_handling(callers));
+    groups.push_back(event_decoding());
+    groups.push_back(event_delivery(callers));
     return run_rounds(groups, options);
 }
 

@@ -139,7 +139,9 @@ Outcome Recorder::start(std::optional<int> handle, std::uint64_t service_id, ps_
         next_growth_ = recording.began + interval;
         observer_({.kind = RecordingEvent::became_busy});
     }
-    observer_(event(RecordingEvent::will_start, recording));
+    RecordingEvent coming = event(RecordingEvent::will_start, recording);
+    coming.state = PS_RECORD_STATE_STOP;
+    observer_(coming);
     change(recording, PS_RECORD_STATE_PREPARING);
     answer(PS_RECORD_START, recording);
     change(recording, PS_RECORD_STATE_REC);
@@ -467,7 +469,9 @@ void Recorder::end(Place recording, IncompleteReason reason, std::optional<Recor
         report->state = PS_RECORD_STATE_STOP;
         observer_(*report);
     }
-    observer_(event(RecordingEvent::is_over, ended.front()));
+    RecordingEvent over = event(RecordingEvent::is_over, ended.front());
+    over.state = PS_RECORD_STATE_STOP;
+    observer_(over);
     if (ended.front().is_handle_ours)
         set_.handles.release(ended.front().handle);
     if (running_.empty())

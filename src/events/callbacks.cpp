@@ -22,10 +22,10 @@ constinit std::array<SignalListEntry, signal_list_size> g_signal_cb_list{};
 
 Registration<pvr_signal_cb> listed_signal_cb(int index) noexcept
 {
-    const std::lock_guard lock(g_signal_cb_list_mutex);
     const SignalListEntry &entry = g_signal_cb_list[static_cast<std::size_t>(index)];
     if (entry.is_used != 1)
-        return {};
+        return {}; // seen without the lock: most entries are free
+    const std::lock_guard lock(g_signal_cb_list_mutex);
     return {entry.function, entry.user_data};
 }
 
@@ -103,13 +103,20 @@ int unregister_signal(Here here, Slot<Function> &slot, Function func) noexcept
     return PS_SUCCESS;
 }
 
+void fill(SignalListEntry &entry, int is_used, pvr_signal_cb func, void *user_data) noexcept
+{
+    entry.function = func;
+    entry.user_data = user_data;
+    entry.is_used = is_used;
+}
+
 /// Deliberately, the first free entry is taken before a later one is found that holds the function already.
 void store_in_list(Here here, pvr_signal_cb func, void *user_data) noexcept
 {
     for (int index = 0; index < signal_list_size; ++index) {
         SignalListEntry &entry = g_signal_cb_list[static_cast<std::size_t>(index)];
         if (entry.is_used == 0) {
-            entry = {1, func, user_data};
+            fill(entry, 1, func, user_data);
             PLAIN_INFO_AT(here, "idx[%d]: func[%p] is registered\n", index, address(func));
             return;
         }
@@ -126,7 +133,7 @@ void remove_from_list(Here here, pvr_signal_cb func) noexcept
 {
     for (SignalListEntry &entry : g_signal_cb_list)
         if (entry.is_used == 1 && entry.function == func) {
-            entry = {};
+            fill(entry, 0, nullptr, nullptr);
             PLAIN_INFO_AT(here, "func[%p] is unregistered\n", address(func));
             return;
         }

@@ -4,6 +4,7 @@
 #include "pvr_service_api.h"
 
 #include <array>
+#include <atomic>
 #include <mutex>
 #include <type_traits>
 
@@ -16,7 +17,8 @@ struct Registration {
     void *user_data;
 };
 
-/// Holds one registration, always as a pair. The lock is a leaf and is never held while a callback runs.
+/// Holds one registration, always as a pair. The lock is a leaf and is never held while a callback runs; that there is
+/// nothing to be read is seen without it.
 template <typename Function>
 class Slot {
 public:
@@ -24,6 +26,7 @@ public:
     {
         const std::lock_guard lock(mutex_);
         registration_ = {function, user_data};
+        is_empty_ = function == nullptr;
     }
 
     void clear() noexcept { set(nullptr, nullptr); }
@@ -32,21 +35,26 @@ public:
     void clear_if(Function function) noexcept
     {
         const std::lock_guard lock(mutex_);
-        if (registration_.function == function)
-            registration_ = {};
+        if (registration_.function != function)
+            return;
+        registration_ = {};
+        is_empty_ = true;
     }
 
     Registration<Function> get() const noexcept
     {
+        if (is_empty())
+            return {};
         const std::lock_guard lock(mutex_);
         return registration_;
     }
 
-    bool is_empty() const noexcept { return get().function == nullptr; }
+    bool is_empty() const noexcept { return is_empty_; }
 
 private:
     mutable std::mutex mutex_;
     Registration<Function> registration_{};
+    std::atomic<bool> is_empty_{true};
 };
 
 static_assert(std::is_trivially_destructible_v<Slot<pvr_signal_cb>>, "signals may outlive static destructors");
@@ -59,7 +67,7 @@ extern Slot<pvr_signal_cb> signal_cb_func;
 extern Slot<pvr_signal_point_cb> signal_pointer_cb_func;
 
 struct SignalListEntry {
-    int is_used; ///< 1 when the entry holds a callback
+    std::atomic<int> is_used; ///< 1 when the entry holds a callback
     pvr_signal_cb function;
     void *user_data;
 };

@@ -51,21 +51,23 @@ class ExamplesTest(unittest.TestCase):
 class Sources(ExamplesTest):
     def test_compile_as_c_and_as_cpp_with_only_the_installed_headers(self):
         glib = run("pkg-config", "--cflags", "gio-2.0")[1].split()
+        as_cpp = (OPTIONS.cxx, "-x", "c++", "-std=c++17")
         languages = {
-            "C99": (OPTIONS.cc, "-std=c99", "-pedantic"),
-            "C++": (OPTIONS.cxx, "-x", "c++", "-std=c++17"),
+            ".c": {"C99": (OPTIONS.cc, "-std=c99", "-pedantic"), "C++": as_cpp},
+            ".cpp": {"C++": as_cpp},
         }
-        sources = sorted(pathlib.Path(OPTIONS.sources).glob("*.c"))
-        self.assertEqual([source.stem for source in sources], ["smallest", "worker_thread"])
+        sources = sorted(pathlib.Path(OPTIONS.sources).glob("*.c*"))
+        self.assertEqual([source.name for source in sources],
+                         ["record_and_listen.c", "smallest.c", "watch.cpp", "worker_thread.c"])
         for source in sources:
-            for language, compiler in languages.items():
+            for language, compiler in languages[source.suffix].items():
                 with self.subTest(source=source.name, language=language):
                     done = run(*compiler, "-Wall", "-Wextra", "-Werror", "-fsyntax-only", "-I", OPTIONS.include, *glib,
                                source)
                     self.assertEqual(done, (0, "", ""))
 
 
-class EveryExample(ExamplesTest):
+class EveryExampleThatPlays(ExamplesTest):
     def test_tells_why_it_cannot_do_its_work(self):
         for name, program in {"smallest": OPTIONS.smallest, "worker_thread": OPTIONS.worker_thread}.items():
             in_sandbox = (OPTIONS.sandbox, "--", program)
@@ -136,9 +138,57 @@ class WorkerThread(ExamplesTest):
         ], ""))
 
 
+class RecordAndListen(ExamplesTest):
+    def test_hears_of_its_recording_from_its_start_to_its_end(self):
+        status, output, complaint = run(OPTIONS.sandbox, "--", OPTIONS.record_and_listen, 1, 1)
+        self.assertEqual((status, complaint), (0, ""), output)
+        lines = [re.sub(r": /.*/\d+-\d+-", ": ", line) for line in output.splitlines()]
+        del lines[lines.index("stop: result 0") + 1:]  # what had come already when the main loop was told to end
+        self.assertEqual(lines, [
+            "handle 1 is in state 0: First.srf",  # about to start
+            "handle 1 is in state 1: First.srf",
+            "start: result 0",
+            "handle 1 is in state 2: First.srf",
+            "handle 1 is in state 2: First.srf",  # about to end
+            "handle 1 is in state 0: First.srf",
+            "stop: result 0",
+        ])
+
+    def test_hears_why_nothing_is_recorded(self):
+        status, output, _ = run(OPTIONS.sandbox, "--", OPTIONS.record_and_listen, 5, 1)
+        self.assertEqual((status, output), (1, "start: result 10\n"))
+
+    def test_tells_why_it_cannot_do_its_work(self):
+        program = OPTIONS.record_and_listen
+        usage = "usage: record_and_listen SERVICE_ID SECONDS\n"
+        for arguments in (), ("1",), ("one", "1"), ("1", "0"), ("1", "1", "1"):
+            self.assertEqual(run(program, *arguments), (1, "", usage))
+        self.assertEqual(run(OPTIONS.sandbox, "--no-service", "--", program, 1, 1),
+                         (1, "", "record_and_listen: the service does not answer; does it run? "
+                                 "(PVR_LOG=stderr tells more)\n"))
+        self.assertEqual(run("env", "DBUS_SYSTEM_BUS_ADDRESS=unix:path=/nonexistent", program, 1, 1),
+                         (1, "", "record_and_listen: there is no session (PVR_LOG=stderr tells more)\n"))
+
+
+class Watch(ExamplesTest):
+    def test_watches_another_application_until_the_service_is_idle(self):
+        script = f"{OPTIONS.watch} > watched & while ! grep -q watching watched; do sleep 0.1; done; " \
+                 f"{OPTIONS.record_and_listen} 1 1 > /dev/null; wait; cat watched"
+        status, output, complaint = run(OPTIONS.sandbox, "--", "sh", "-c", f"cd $PVR_SANDBOX; {script}")
+        self.assertEqual((status, complaint), (0, ""))
+        lines = [re.sub(r": /.*/\d+-\d+-", ": ", line) for line in output.splitlines()]
+        self.assertEqual(lines, ["watching", "the service is in state 2"] + ["handle 1: First.srf"] * 6 +
+                         ["the service is in state 0"])
+
+    def test_tells_why_it_cannot_watch(self):
+        self.assertEqual(run("env", "DBUS_SYSTEM_BUS_ADDRESS=unix:path=/nonexistent", OPTIONS.watch),
+                         (1, "", "watch: there is no session (PVR_LOG=stderr tells more)\n"))
+
+
 if __name__ == "__main__":
     parser = argparse.ArgumentParser()
-    for option in "sandbox", "make-stream", "smallest", "worker-thread", "sources", "include", "cc", "cxx":
+    for option in "sandbox", "make-stream", "smallest", "worker-thread", "record-and-listen", "watch", \
+            "sources", "include", "cc", "cxx":
         parser.add_argument("--" + option, required=True)
     _, rest = parser.parse_known_args(namespace=OPTIONS)
     unittest.main(argv=sys.argv[:1] + rest, verbosity=2)

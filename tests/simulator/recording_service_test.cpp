@@ -127,7 +127,7 @@ TEST_F(RecordingService, TellsOfARecordingBySignals)
     const std::string file = path_of();
     const std::string result = "(1, 0, 1, uint64 1, 0, 0)";
     EXPECT_EQ(peer.signals(), (Lines{"result_to_apps (200, <(2,)>)",
-                                     "PS_SIGNAL_TYPE_NOTIFY_PRE_RECORD_START of 1: PS_RECORD_STATE_REC " + file,
+                                     "PS_SIGNAL_TYPE_NOTIFY_PRE_RECORD_START of 1: PS_RECORD_STATE_STOP " + file,
                                      "PS_SIGNAL_TYPE_RECORD_STATE_CHANGE of 1: PS_RECORD_STATE_PREPARING " + file,
                                      "result_to_apps (8, <" + result + ">)",
                                      "PS_SIGNAL_TYPE_RECORD_STATE_CHANGE of 1: PS_RECORD_STATE_REC " + file}));
@@ -141,7 +141,7 @@ TEST_F(RecordingService, TellsOfARecordingBySignals)
     EXPECT_EQ(told, (Lines{"PS_SIGNAL_TYPE_NOTIFY_PRE_RECORD_FINISH of 1: PS_RECORD_STATE_REC " + file,
                            "PS_SIGNAL_TYPE_RECORD_STATE_CHANGE of 1: PS_RECORD_STATE_STOP " + file,
                            "result_to_apps (11, <" + result + ">)",
-                           "PS_SIGNAL_TYPE_NOTIFY_RECORD_DONE of 1: PS_RECORD_STATE_REC " + file,
+                           "PS_SIGNAL_TYPE_NOTIFY_RECORD_DONE of 1: PS_RECORD_STATE_STOP " + file,
                            "result_to_apps (200, <(0,)>)"}));
 }
 

@@ -87,6 +87,11 @@ CLI::Option *add_channel_argument(CLI::App &verb, std::uint64_t &service_id)
 
 std::uint64_t parsed_channel(const std::string &text) { return parsed_number<std::uint64_t>("SERVICE_ID", text, 0); }
 
+int parsed_int(const std::string &name, const std::string &text)
+{
+    return parsed_number(name, text, std::numeric_limits<int>::min());
+}
+
 CLI::Option *add_permissions(CLI::App &verb, const std::string &name, int &mode, const std::string &description)
 {
     const CLI::callback_t store = [name, &mode](const CLI::results_t &texts) {

@@ -21,6 +21,9 @@ CLI::Option *add_handle_argument(CLI::App &verb, int &handle);
 CLI::Option *add_channel_argument(CLI::App &verb, std::uint64_t &service_id);
 std::uint64_t parsed_channel(const std::string &text);
 
+/// A number of 32 bits from the text of an option that may be given often.
+int parsed_int(const std::string &name, const std::string &text);
+
 /// Permissions as chmod(1) takes them, in octal.
 CLI::Option *add_permissions(CLI::App &verb, const std::string &name, int &mode, const std::string &description);
 

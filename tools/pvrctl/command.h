@@ -62,5 +62,6 @@ void add_channel(Commands &commands);
 void add_share(Commands &commands);
 void add_file(Commands &commands);
 void add_status(Commands &commands);
+void add_monitor(Commands &commands);
 
 } // namespace pvrctl

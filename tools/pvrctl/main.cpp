@@ -91,6 +91,7 @@ ExitCode run(Output &output, int argc, char **argv)
     add_share(commands);
     add_file(commands);
     add_status(commands);
+    add_monitor(commands);
 
     const Action action = chosen_action(commands, output, argc, argv);
     if (is_quiet)

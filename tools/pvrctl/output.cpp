@@ -35,12 +35,23 @@ void Output::show(const Json &data, const std::vector<Row> &rows) const
     print(text);
 }
 
+void Output::show_line(const Json &data, const std::string &text) const
+{
+    if (form_ != Form::nothing)
+        print(form_ == Form::json ? on_one_line(data) : text + '\n');
+}
+
 void Output::print(const std::string &text) const
 {
     errno = 0;
     const bool is_written = std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0;
-    if (!is_written)
-        throw Failure(ExitCode::failed, std::string("cannot write to standard output: ") + std::strerror(errno));
+    if (is_written)
+        return;
+    const int error = errno;
+    const std::string message = std::string("cannot write to standard output: ") + std::strerror(error);
+    if (error == EPIPE)
+        throw ReaderGone(ExitCode::failed, message);
+    throw Failure(ExitCode::failed, message);
 }
 
 void Output::report(const Failure &failure) const noexcept

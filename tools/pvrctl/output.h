@@ -20,6 +20,12 @@ struct Row {
     std::string text;
 };
 
+/// Standard output cannot be written any more because its reader has gone.
+class ReaderGone : public Failure {
+public:
+    using Failure::Failure;
+};
+
 class Output {
 public:
     enum class Form { text, json, nothing };
@@ -29,7 +35,11 @@ public:
     /// Data of a command, in both forms. JSON is one object on one line.
     void show(const Json &data, const std::vector<Row> &rows) const;
 
-    /// Text that has one form only, such as help. Throws a Failure when it cannot be written.
+    /// One of many lines, written at once. The text is harmless to a terminal already.
+    void show_line(const Json &data, const std::string &text) const;
+
+    /// Text that has one form only, such as help. Throws a Failure when it cannot be written, a ReaderGone when that
+    /// is why.
     void print(const std::string &text) const;
 
     /// Why a command failed, on standard error.

@@ -28,6 +28,9 @@ public:
     /// Who owns the service's name; nothing when it is not running.
     std::optional<std::string> owner() const;
 
+    /// The connection, for as long as the service object lives. It takes a bus that was found.
+    GDBusConnection *bus() const noexcept { return bus_.get(); }
+
     /// Makes the library's session. Throws when there is no bus, or when the product does not record.
     void open();
 

@@ -25,6 +25,26 @@ private:
     sigset_t signals_{};
 };
 
+/// SIGINT and SIGTERM in a program that runs a main context. They end the program at once until they are deferred;
+/// from there on the first one is kept, and the second one ends it. What is ignored stays ignored. One per process.
+class EndSignals {
+public:
+    EndSignals();
+    ~EndSignals();
+    EndSignals(const EndSignals &) = delete;
+    EndSignals &operator=(const EndSignals &) = delete;
+
+    void defer() noexcept;
+
+    /// Readable once a signal was kept.
+    int fd() const noexcept { return fd_; }
+    /// The signal that was kept, or 0.
+    int received() const noexcept;
+
+private:
+    int fd_;
+};
+
 /// Ends the program as one that a signal has ended, after everything has been said.
 struct Interrupted {
     int signal;
