@@ -2,6 +2,7 @@
 
 #include "client/log.h"
 #include "client/outputs.h"
+#include "client/owned.h"
 #include "client/session.h"
 #include "events/callbacks.h"
 #include "events/hexadecimal.h"
@@ -89,15 +90,18 @@ void _pvr_signal_receive(const char *sender_name, const char *signal_name, GVari
         sender_name, signal_name, static_cast<void *>(g_pvr_proxy.load()),
         reinterpret_cast<void *>(signal_cb_func.get().function),
         reinterpret_cast<void *>(signal_pointer_cb_func.get().function));
-    if (parameters == nullptr || g_variant_is_of_type(parameters, G_VARIANT_TYPE("(is)")) == FALSE) {
+    if (parameters == nullptr || std::strcmp(g_variant_get_type_string(parameters), "(is)") != 0) {
         PLAIN_FAILURE("g_variant_get get str_buf failed\n");
         return;
     }
 
-    int type = 0;
-    const char *text = nullptr;
-    g_variant_get(parameters, "(i&s)", &type, &text);
-    if (const std::size_t length = std::strlen(text); length != digits_of_record) {
+    // Member by member: g_variant_get() with "&s" would first write the whole tuple anew.
+    const OwnedVariant type_value(g_variant_get_child_value(parameters, 0));
+    const OwnedVariant text_value(g_variant_get_child_value(parameters, 1));
+    const int type = g_variant_get_int32(type_value.get());
+    gsize length = 0;
+    const char *text = g_variant_get_string(text_value.get(), &length);
+    if (length != digits_of_record) {
         log_length(here, text, length);
         return;
     }
