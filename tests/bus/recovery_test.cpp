@@ -25,7 +25,7 @@ public:
     int operator()()
     {
         for (const LoggedLine &line : logged())
-            if (line.text.find("Receive signal from") != std::string::npos)
+            if (line.function == "_signal_subscribe" && line.text.find("Receive signal from") != std::string::npos)
                 ++count_;
         return count_;
     }
