@@ -1,9 +1,10 @@
 // How many heap blocks a call to the service takes beside those that GDBus takes to carry it, through
-// the library and without it.
+// the library and without it; and how many a signal takes.
 #include "callers.h"
 #include "interpose.h"
 #include "private_bus.h"
 #include "rounds.h"
+#include "signals.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -90,6 +91,22 @@ void count(State &state, Callers &callers, Function call)
         state.SkipWithError("the allocations were not seen");
 }
 
+/// What the library's handler takes of a signal that it is handed, and delivers.
+void count_of_signals(State &state, Callers &callers)
+{
+    callers.prepare(Placement::one_cpu);
+    svc_pvr_register_signal_cb(on_signal, nullptr);
+    const pvr::OwnedVariant parameters = signal_parameters();
+    delivered = 0;
+    const long before = blocks;
+    for ([[maybe_unused]] auto _ : state)
+        hand_to_library(parameters.get());
+    state.counters["allocations"] = static_cast<double>(blocks - before) / static_cast<double>(calls_per_round);
+    if (delivered != calls_per_round)
+        state.SkipWithError("the callback was not called");
+    svc_pvr_unregister_signal_cb(on_signal);
+}
+
 int run(const Options &options)
 {
     const PrivateBus bus;
@@ -107,7 +124,9 @@ int run(const Options &options)
     const auto bare = [&callers](State &state) {
         count(state, callers, [&] { return bare_play_start(callers.bare()); });
     };
-    return run_rounds({{{"allocations/library", library, calls_per_round},
+    const auto of_signals = [&callers](State &state) { count_of_signals(state, callers); };
+    return run_rounds({{{"allocations/signal", of_signals, calls_per_round}},
+                       {{"allocations/library", library, calls_per_round},
                         {"allocations/library_and_platform", library_and_platform, calls_per_round},
                         {"allocations/bare", bare, calls_per_round}}},
                       options);

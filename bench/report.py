@@ -55,7 +55,7 @@ def series(results):
     """One value per round for each subject: times in ns, counts as they are."""
     values = collections.defaultdict(dict)
     for run_ in results["benchmarks"]:
-        value = run_.get("allocations", run_.get("cpu_ns", run_["real_time"]))
+        value = next((run_[name] for name in ("allocations", "bytes", "cpu_ns") if name in run_), run_["real_time"])
         values[run_["name"]][run_["repetition_index"]] = value
     return {name: [of_round[index] for index in sorted(of_round)] for name, of_round in values.items()}
 
@@ -101,7 +101,7 @@ def judged(row, low, high):
 
 
 def as_quantity(name, value):
-    if name.startswith("size/"):
+    if name.startswith(("size/", "memory/")):
         return f"{value:.0f} bytes"
     if name.startswith("allocations/"):
         return f"{value:g} blocks"
@@ -174,19 +174,22 @@ def own_seconds():
     return sum(of.ru_utime + of.ru_stime for of in usage)
 
 
-def measure(build, rounds):
-    """Everything by name, what could not be measured, and how busy the machine was with other things."""
+def measure(build, rounds, rows):
+    """What the rows are about by name, what could not be measured, and how busy the machine was with other things."""
     folder = os.path.join(build, "bench")
     started, busy, own = time.monotonic(), busy_seconds(), own_seconds()
     times = run(os.path.join(folder, "pvr-bench-times"), os.path.join(folder, "times.json"), rounds)
-    counts = run(os.path.join(folder, "pvr-bench-allocations"), os.path.join(folder, "allocations.json"), None)
+    measured = series(times)
+    for program in "allocations", "memory":
+        if any(row.subject.startswith(f"{program}/") for row in rows):
+            measured |= series(run(os.path.join(folder, f"pvr-bench-{program}"),
+                                   os.path.join(folder, f"{program}.json"), None))
     elapsed, busy_after = time.monotonic() - started, busy_seconds()
     capacity = elapsed * os.cpu_count()
     machine = {
         "seconds": elapsed, "cpus": os.cpu_count(),
         "others_share": max(0.0, busy_after[0] - busy[0] - (own_seconds() - own)) / capacity,
         "stolen_share": (busy_after[1] - busy[1]) / capacity}
-    measured = series(times) | series(counts)
     measured["size/library"] = [stripped_size(os.path.join(build, "src", "libpvr-service-api.so"))]
     return measured, times["context"].get("not_measured", "").split(), machine
 
@@ -209,7 +212,7 @@ def main():
     arguments = parse_arguments()
     try:
         rows = read_limits(arguments.limits)
-        measured, not_measured, machine = measure(arguments.build, arguments.rounds)
+        measured, not_measured, machine = measure(arguments.build, arguments.rounds, rows)
         entries = evaluate(rows, measured, not_measured)
     except (CannotMeasure, OSError, subprocess.CalledProcessError) as problem:
         print(f"bench: {problem}", file=sys.stderr)
