@@ -111,6 +111,14 @@ typedef struct PVR_PACKED pvr_file_info_s {
     uint8_t opaque_10647[258];
 } pvr_file_info_s;
 
+/** How a recording's thumbnail is coded, 52 bytes: the whole of the colour-format file beside a recording. */
+typedef struct PVR_PACKED yuv_info {
+    int32_t color_format; /**< a code of the service; the development service uses 1 for planar 4:2:0 */
+    int32_t width;        /**< pixels */
+    int32_t height;       /**< pixels */
+    uint8_t reserved[40]; /**< carried unchanged */
+} yuv_info;
+
 /** A state change or notification, 291 bytes. Check get_size_of_pvr_service_signal() against sizeof. */
 typedef struct PVR_PACKED pvr_service_signal {
     int32_t opaque_0;

@@ -64,6 +64,7 @@
 #include "pvr_playback.h"
 #include "pvr_recording.h"
 #include "pvr_records.h"
+#include "pvr_side_files.h"
 #include "pvr_status.h"
 #include "pvr_storage.h"
 

@@ -21,7 +21,6 @@ namespace {
 constexpr char service_name[] = "org.vexan.tv.pvr.server";
 constexpr char object_path[] = "/org/vexan/tv/pvr";
 constexpr char interface_name[] = "org.vexan.tv.pvr";
-constexpr char project_model[] = "emulator";
 
 constinit RenewableMutex g_mutex;
 constinit std::atomic<bool> is_inherited{false};

@@ -18,6 +18,9 @@ using SignalHandler = void(GDBusProxy *proxy, const char *sender_name, const cha
 extern std::atomic<GDBusProxy *> g_pvr_proxy;   ///< null when there is no session
 extern std::atomic<unsigned long> g_handler_id; ///< 0 when no handler is connected
 
+/// Stands in log lines, deliberately the same on every product.
+inline constexpr char project_model[] = "emulator";
+
 /// Serialises readers of recording-info files; initialised together with the session's own lock.
 extern RenewableMutex g_mutex_get_info;
 

@@ -62,17 +62,16 @@ int _is_valid_pvr_srf_inf_file(const char *path) noexcept
 SidePath SidePath::with_extension(const char *path, const char (&extension)[4]) noexcept
 {
     constexpr std::size_t replaced = sizeof extension - 1;
-    SidePath side = with_suffix(path, "");
-    if (const std::size_t length = std::strlen(side.text_); length >= replaced)
-        std::memcpy(side.text_ + length - replaced, extension, replaced);
-    return side;
+    const std::size_t length = strnlen(path, capacity - 1);
+    if (length < replaced)
+        return {};
+    return with_suffix({path, length - replaced}, extension);
 }
 
-SidePath SidePath::with_suffix(const char *path, const char *suffix) noexcept
+SidePath SidePath::with_suffix(std::string_view path, const char *suffix) noexcept
 {
     SidePath side;
-    const std::size_t length = strnlen(path, capacity - 1);
-    std::memcpy(side.text_, path, length);
+    const std::size_t length = path.copy(side.text_, capacity - 1);
     std::memcpy(side.text_ + length, suffix, strnlen(suffix, capacity - 1 - length));
     return side;
 }

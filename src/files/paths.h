@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string_view>
 
 namespace pvr {
 
@@ -14,10 +15,13 @@ public:
     static constexpr std::size_t capacity = 256;
 
     /// The path with its last three characters overwritten, whatever they are: the extension is not parsed,
-    /// and what was cut is cut. A path of fewer characters stays as it is.
+    /// and what was cut is cut. A path of fewer characters gives none.
     static SidePath with_extension(const char *path, const char (&extension)[4]) noexcept;
     /// The path with something appended, as in ".bak" and ".cft".
-    static SidePath with_suffix(const char *path, const char *suffix) noexcept;
+    static SidePath with_suffix(std::string_view path, const char *suffix) noexcept;
+
+    /// Whether there is one.
+    explicit operator bool() const noexcept { return text_[0] != '\0'; }
 
     const char *c_str() const noexcept { return text_; }
 

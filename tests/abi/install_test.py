@@ -35,7 +35,7 @@ def expected():
         f"{lib}/cmake/pvr-service-api/pvr-service-api-config-version.cmake": None,
         **{f"{include}/pvr_{name}.h": None
            for name in ("base", "callbacks", "events", "legacy", "playback", "recording", "records", "service_api",
-                        "status", "storage")},
+                        "side_files", "status", "storage")},
         f"{data}/dbus-1/system.d/org.vexan.tv.pvr.conf": None,
     }
     for name in "dlog", "system_info", "ca_service":

@@ -93,6 +93,12 @@ FIELD(  10645, pvr_file_info_s,    incomplete_reason, std::uint16_t);
 FIELD(  10647, pvr_file_info_s,    opaque_10647,      std::uint8_t[258]);
 RECORD(        pvr_file_info_s,    10905);
 
+FIELD(      0, yuv_info,           color_format,  std::int32_t);
+FIELD(      4, yuv_info,           width,         std::int32_t);
+FIELD(      8, yuv_info,           height,        std::int32_t);
+FIELD(     12, yuv_info,           reserved,      std::uint8_t[40]);
+RECORD(        yuv_info,           52);
+
 FIELD(      0, channel_info,       major,         std::int32_t);
 FIELD(      4, channel_info,       minor,         std::int32_t);
 FIELD(      8, channel_info,       start_time,    std::uint32_t);

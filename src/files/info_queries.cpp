@@ -1,0 +1,40 @@
+// Small questions about a recording, answered from the files beside it.
+#include "client/call.h"
+#include "client/session.h"
+
+using namespace pvr;
+
+int svc_pvr_is_audio_only(const char *file_path, int *is_audio_only) noexcept
+{
+    const Call call(ENTRY(" [file_path:%s]\n", file_path));
+    if (!call)
+        return call.code();
+    pvr_file_info_s info{};
+    const int result = svc_pvr_get_pvr_file_info(file_path, &info);
+    INFO(" [ret:%d][info.thumbnail_type:%d]\n", result, static_cast<int>(info.nThumbnailType));
+    if (result != PS_SUCCESS || is_audio_only == nullptr || info.nThumbnailType > 1)
+        return PS_CALL_METHOD_FAILED;
+    *is_audio_only = static_cast<int>(info.nThumbnailType);
+    return PS_SUCCESS;
+}
+
+int IsFileRecordedLocal(const char *, int *result) noexcept
+{
+    write_out(result, 0); // deliberately: no file counts as recorded by this product
+    return 7;
+}
+
+int IsFileRecordedLocalVexan(const char *file_path, int *result) noexcept
+{
+    return IsFileRecordedLocal(file_path, result);
+}
+
+int svc_pvr_is_file_recorded_local(const char *file_path, int *result) noexcept
+{
+    ENTRY(" [file_path:%s] PROJECT_MODEL[%s]\n", file_path, project_model);
+    int is_local = 0;
+    const int returned = IsFileRecordedLocal(file_path, &is_local);
+    write_out(result, is_local);
+    PLAIN_INFO("svc_pvr_is_file_recorded_local return result[%d], retn[%d]\n", is_local, returned);
+    return PS_SUCCESS;
+}

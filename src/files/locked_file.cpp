@@ -1,0 +1,133 @@
+#include "files/locked_file.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <sys/uio.h>
+#include <thread>
+#include <unistd.h>
+#include <utility>
+
+namespace pvr {
+namespace {
+
+constexpr mode_t readable_and_writable = 0666;
+
+/// What has been transferred when a file has no more to give or to take.
+template <typename Transfer>
+std::size_t transferred(std::size_t size, Transfer transfer) noexcept
+{
+    std::size_t done = 0;
+    while (done < size) {
+        const ssize_t count = transfer(done);
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count <= 0)
+            break;
+        done += static_cast<std::size_t>(count);
+    }
+    return done;
+}
+
+} // namespace
+
+LockedFile::LockedFile(const char *path, int flags) noexcept
+    : descriptor_(open(path, flags | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, readable_and_writable))
+{
+    if (descriptor_ < 0)
+        return;
+    struct stat status {};
+    if (fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode))
+        return;
+    close();
+    errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
+}
+
+LockedFile::LockedFile(LockedFile &&other) noexcept { *this = std::move(other); }
+
+LockedFile &LockedFile::operator=(LockedFile &&other) noexcept
+{
+    std::swap(descriptor_, other.descriptor_);
+    std::swap(is_locked_, other.is_locked_);
+    return *this;
+}
+
+LockedFile LockedFile::to_read(const char *path) noexcept { return {path, O_RDONLY}; }
+LockedFile LockedFile::to_update(const char *path) noexcept { return {path, O_RDWR}; }
+LockedFile LockedFile::to_create(const char *path) noexcept { return {path, O_RDWR | O_CREAT | O_EXCL}; }
+LockedFile LockedFile::to_update_or_create(const char *path) noexcept { return {path, O_RDWR | O_CREAT}; }
+LockedFile LockedFile::to_probe(const char *path) noexcept { return {path, O_RDWR | O_CREAT | O_NOFOLLOW}; }
+
+long LockedFile::size() const noexcept
+{
+    struct stat status {};
+    return fstat(descriptor_, &status) == 0 ? status.st_size : -1;
+}
+
+bool LockedFile::lock() noexcept
+{
+    using namespace std::chrono_literals;
+    const auto deadline = std::chrono::steady_clock::now() + lock_patience;
+    // The kernel's own waiting knows no end, so the lock is asked for again and again.
+    for (std::chrono::microseconds pause = 50us; flock(descriptor_, LOCK_EX | LOCK_NB) != 0;
+         pause = std::min<std::chrono::microseconds>(2 * pause, 5ms)) {
+        if (errno == EINTR)
+            continue;
+        if (errno != EWOULDBLOCK || std::chrono::steady_clock::now() >= deadline)
+            return false;
+        std::this_thread::sleep_for(pause);
+    }
+    is_locked_ = true;
+    return true;
+}
+
+void LockedFile::unlock() noexcept
+{
+    // Closing alone would leave the lock to a child that was forked meanwhile.
+    if (std::exchange(is_locked_, false))
+        flock(descriptor_, LOCK_UN);
+}
+
+std::size_t LockedFile::read(void *to, std::size_t size, long offset) const noexcept
+{
+    return transferred(size, [=, this](std::size_t done) {
+        return pread(descriptor_, static_cast<char *>(to) + done, size - done, offset + static_cast<off_t>(done));
+    });
+}
+
+int LockedFile::seek_to_begin() const noexcept { return lseek(descriptor_, 0, SEEK_SET) < 0 ? -1 : 0; }
+int LockedFile::seek_to_end() const noexcept { return lseek(descriptor_, 0, SEEK_END) < 0 ? -1 : 0; }
+
+std::size_t LockedFile::write(const void *first, std::size_t first_size, const void *second,
+                              std::size_t second_size) const noexcept
+{
+    return transferred(first_size + second_size, [&](std::size_t done) {
+        const std::size_t of_first = std::min(done, first_size), of_second = done - of_first;
+        // the system's interface for both directions takes pointers that are not const
+        const iovec pieces[] = {
+            {const_cast<char *>(static_cast<const char *>(first)) + of_first, first_size - of_first},
+            {const_cast<char *>(static_cast<const char *>(second)) + of_second, second_size - of_second}};
+        return writev(descriptor_, pieces, 2);
+    });
+}
+
+bool LockedFile::resize(long size) const noexcept
+{
+    int result = -1;
+    do
+        result = ftruncate(descriptor_, size);
+    while (result != 0 && errno == EINTR);
+    return result == 0;
+}
+
+bool LockedFile::close() noexcept
+{
+    unlock();
+    const int descriptor = std::exchange(descriptor_, -1);
+    // Interrupted, it is closed all the same.
+    return descriptor < 0 || ::close(descriptor) == 0 || errno == EINTR;
+}
+
+} // namespace pvr
