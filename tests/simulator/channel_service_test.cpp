@@ -1,7 +1,7 @@
 // The channels on a real bus, what applications leave with the service, and what its page says of methods without a
 // trace.
 #include "peer.h"
-#include "temporary_folder.h"
+#include "support/temporary_folder.h"
 #include "test_programme.h"
 
 #include <fstream>
@@ -108,7 +108,7 @@ TEST_F(ChannelService, IsTunedAndTellsOfIt)
 
 TEST_F(ChannelService, ShowsNoChannelLiveWhileARecordingPlays)
 {
-    const TemporaryFolder folder;
+    const support::TemporaryFolder folder;
     simulator::write_test_programme(folder / "a.srf", 100);
     EXPECT_EQ(peer.call("get_handle"), "(1, 0)");
     EXPECT_EQ(peer.call("play_start", "(1, '" + (folder / "a.srf") + "', 0)"), "(0,)");

@@ -2,7 +2,7 @@
 #include "bus/main_context.h"
 #include "peer.h"
 #include "support/private_bus.h"
-#include "temporary_folder.h"
+#include "support/temporary_folder.h"
 #include "test_programme.h"
 
 #include <gtest/gtest.h>
@@ -192,7 +192,7 @@ TEST_F(Control, LeavesCallsUnderWayWithoutAnAnswerWhenTheServiceVanishes)
 
 TEST_F(Control, LetsAPlaybackGoOnWhileTheServiceIsAway)
 {
-    const TemporaryFolder folder;
+    const support::TemporaryFolder folder;
     simulator::write_test_programme(folder / "a.srf", 60);
     peer.call("get_handle");
     EXPECT_EQ(peer.call("play_start", "(1, '" + (folder / "a.srf") + "', 10)"), "(0,)");

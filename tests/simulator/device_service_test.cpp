@@ -1,6 +1,6 @@
 // The storage devices on a real bus: every method about them, and the signals that tell of them.
 #include "peer.h"
-#include "temporary_folder.h"
+#include "support/temporary_folder.h"
 
 #include <filesystem>
 #include <fstream>
@@ -25,7 +25,7 @@ protected:
     }
 
     // The devices are there before the service is.
-    TemporaryFolder folder;
+    support::TemporaryFolder folder;
     const std::string one = made("one");
     const std::string two = made("two");
     const std::string slow = made("slow");

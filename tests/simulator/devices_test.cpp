@@ -2,7 +2,7 @@
 #include "devices.h"
 
 #include "pvr_events.h"
-#include "temporary_folder.h"
+#include "support/temporary_folder.h"
 
 #include <cerrno>
 #include <filesystem>
@@ -57,7 +57,7 @@ protected:
         return *devices_;
     }
 
-    TemporaryFolder folder;
+    support::TemporaryFolder folder;
     Microseconds now = 1000s;
     std::map<std::string, Space> space;
 
@@ -262,7 +262,7 @@ TEST_F(DevicesTest, GiveFoldersThePermissionsAskedFor)
 
 TEST(RemoveContent, LeavesNothingInAFolderAndTouchesNothingOutside)
 {
-    const TemporaryFolder folder;
+    const support::TemporaryFolder folder;
     fs::create_directories(folder / "inside/deep/deeper");
     fs::create_directory(folder / "outside");
     std::ofstream(folder / "outside/kept") << "content";
@@ -279,7 +279,7 @@ TEST(RemoveContent, LeavesNothingInAFolderAndTouchesNothingOutside)
 
 TEST(RemoveContent, RefusesWhatIsNoFolder)
 {
-    const TemporaryFolder folder;
+    const support::TemporaryFolder folder;
     fs::create_directory(folder / "outside");
     std::ofstream(folder / "outside/kept") << "content";
     fs::create_directory_symlink(folder / "outside", folder / "link");
@@ -290,7 +290,7 @@ TEST(RemoveContent, RefusesWhatIsNoFolder)
 
 TEST(SpaceOf, IsThatOfTheFileSystemInMebibytes)
 {
-    const TemporaryFolder folder;
+    const support::TemporaryFolder folder;
     const fs::space_info expected = fs::space(folder / "");
     const Space space = space_of(folder / "");
     EXPECT_EQ(space.total, static_cast<std::int64_t>(expected.capacity >> 20));

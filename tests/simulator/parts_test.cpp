@@ -5,7 +5,7 @@
 #include "log.h"
 #include "recording.h"
 #include "signals.h"
-#include "temporary_folder.h"
+#include "support/temporary_folder.h"
 #include "test_programme.h"
 
 #include <fcntl.h>
@@ -127,7 +127,7 @@ TEST(LocalPath, IsNamedByAPathOrAFileUri)
 
 TEST(OpenRecording, TellsItsLengthAndWhenItEnded)
 {
-    const TemporaryFolder folder;
+    const support::TemporaryFolder folder;
     write_test_programme(folder / "a b.srf", 7);
     const timespec times[] = {{1'000'000'000, 0}, {1'000'000'100, 500'000'000}};
     ASSERT_EQ(utimensat(AT_FDCWD, (folder / "a b.srf").c_str(), times, 0), 0);
@@ -141,7 +141,7 @@ TEST(OpenRecording, TellsItsLengthAndWhenItEnded)
 
 TEST(OpenRecording, SaysWhyAFileCannotBePlayed)
 {
-    const TemporaryFolder folder;
+    const support::TemporaryFolder folder;
     write_test_programme(folder / "a.mpg", 1);
     std::ofstream(folder / "text.srf") << "no transport stream";
     std::ofstream(folder / "empty.srf").flush();
@@ -168,7 +168,7 @@ TEST(OpenRecording, SaysWhyAFileCannotBePlayed)
 
 TEST(OpenRecording, RefusesAFileThatMayNotBeRead)
 {
-    const TemporaryFolder folder;
+    const support::TemporaryFolder folder;
     write_test_programme(folder / "a.srf", 1);
     std::filesystem::permissions(folder / "a.srf", std::filesystem::perms::none);
     // Root may read everything, and so becomes somebody else meanwhile.

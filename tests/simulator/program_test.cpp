@@ -2,7 +2,7 @@
 #include "peer.h"
 #include "program.h"
 #include "support/private_bus.h"
-#include "temporary_folder.h"
+#include "support/temporary_folder.h"
 
 #include <csignal>
 #include <cstdlib>
@@ -69,7 +69,7 @@ TEST(SimulatorProgram, SaysNothingOfCallsWhenQuiet)
 
 TEST(SimulatorProgram, EndsCleanlyWhileItPlaysAndHoldsCallsBack)
 {
-    const TemporaryFolder folder;
+    const support::TemporaryFolder folder;
     Program make({"pvr-make-stream", folder / "a.srf"});
     ASSERT_EQ(make.wait(), 0);
     const Simulator simulator; // checks how it ends
@@ -138,7 +138,7 @@ TEST(SimulatorProgram, StaysWhenNobodyReadsItsLog)
 
 TEST(SimulatorProgram, HasOneDeviceInASandbox)
 {
-    const TemporaryFolder folder;
+    const support::TemporaryFolder folder;
     setenv("PVR_SANDBOX", (folder / "").c_str(), 1);
     const Simulator simulator;
     unsetenv("PVR_SANDBOX");
@@ -150,7 +150,7 @@ TEST(SimulatorProgram, HasOneDeviceInASandbox)
 
 TEST(SimulatorProgram, HasOnlyTheDevicesAskedForInASandbox)
 {
-    const TemporaryFolder folder;
+    const support::TemporaryFolder folder;
     setenv("PVR_SANDBOX", (folder / "").c_str(), 1);
     const Simulator simulator({"--device", "none yet=" + (folder / "later")});
     unsetenv("PVR_SANDBOX");
@@ -163,7 +163,7 @@ TEST(SimulatorProgram, HasOnlyTheDevicesAskedForInASandbox)
 
 TEST(SimulatorProgram, RefusesDevicesThatItMustNotFormat)
 {
-    const TemporaryFolder folder;
+    const support::TemporaryFolder folder;
     std::filesystem::create_directory_symlink("/", folder / "link");
     const std::string home = std::filesystem::canonical(g_get_home_dir());
     const std::string nested = "pvr-simulator: the folders of a and b overlap\n";
@@ -214,7 +214,7 @@ TEST(Programs, ExplainThemselves)
 
 TEST(Programs, RefuseWhatTheyDoNotUnderstand)
 {
-    const TemporaryFolder folder;
+    const support::TemporaryFolder folder;
     const std::vector<std::string> commands[] = {
         {"pvr-simulator", "--unknown"},
         {"pvr-simulator", "argument"},
@@ -238,7 +238,7 @@ TEST(Programs, RefuseWhatTheyDoNotUnderstand)
 
 TEST(MakeStreamProgram, WritesAFileOfTheLengthAskedFor)
 {
-    const TemporaryFolder folder;
+    const support::TemporaryFolder folder;
     Program program({"pvr-make-stream", "--seconds", "3", folder / "a.srf"});
     EXPECT_EQ(program.wait(), 0);
     EXPECT_EQ(program.rest() + program.complaints(), "");
@@ -247,7 +247,7 @@ TEST(MakeStreamProgram, WritesAFileOfTheLengthAskedFor)
 
 TEST(MakeStreamProgram, WritesAFileOfTheRateAskedFor)
 {
-    const TemporaryFolder folder;
+    const support::TemporaryFolder folder;
     for (const auto &[rate, bytes] : {std::pair("3760000", 3U * 2500 * 188), std::pair("50000000", 18'749'992U)}) {
         Program program({"pvr-make-stream", "--bit-rate", rate, "--seconds", "3", folder / "a.srf"});
         EXPECT_EQ(program.wait(), 0);
@@ -257,7 +257,7 @@ TEST(MakeStreamProgram, WritesAFileOfTheRateAskedFor)
 
 TEST(MakeStreamProgram, SaysWhyItCannotWrite)
 {
-    const TemporaryFolder folder;
+    const support::TemporaryFolder folder;
     Program program({"pvr-make-stream", folder / "missing/a.srf"});
     EXPECT_EQ(program.wait(), 1);
     EXPECT_EQ(program.complaints(),
@@ -285,7 +285,7 @@ TEST(SimulatorProgram, RefusesSourcesThatItDoesNotUnderstand)
 
 TEST(SimulatorProgram, RecordsFromACommand)
 {
-    const TemporaryFolder folder;
+    const support::TemporaryFolder folder;
     std::filesystem::create_directory(folder / "usb");
     Program make({"pvr-make-stream", "--seconds", "5", folder / "a.ts"});
     ASSERT_EQ(make.wait(), 0);

@@ -3,7 +3,7 @@
 #include "recorder.h"
 
 #include "events/names.h"
-#include "temporary_folder.h"
+#include "support/temporary_folder.h"
 
 #include <algorithm>
 #include <csignal>
@@ -171,7 +171,7 @@ private:
     Lines events_; // the recorder tells of its end
 
 protected:
-    TemporaryFolder folder;
+    support::TemporaryFolder folder;
     Microseconds now = 1000s;
     std::int64_t wall = noon;
     std::int64_t space = 1000;
@@ -526,7 +526,7 @@ TEST_F(RecorderTest, RemembersThePartsOfProgrammesThatItRecorded)
 
 TEST(RecordingFile, LeavesAloneWhatIsNoInfoFileAnyMore)
 {
-    const TemporaryFolder folder;
+    const support::TemporaryFolder folder;
     RecordingFile file(folder / "a.srf", pvr_file_info_s{});
     fs::resize_file(folder / "a.inf", 100);
     file.finish(1000, is_whole);
@@ -535,7 +535,7 @@ TEST(RecordingFile, LeavesAloneWhatIsNoInfoFileAnyMore)
 
 TEST(RecordingFile, TellsThatItCannotGrow)
 {
-    const TemporaryFolder folder;
+    const support::TemporaryFolder folder;
     RecordingFile file(folder / "a.srf", pvr_file_info_s{});
     Feed feed;
     FedSource source(feed);
@@ -563,7 +563,7 @@ TEST(InfoFile, CutsTextsAtTheEndOfACharacter)
 
 TEST(InfoFile, KeepsApplicationsOutWhileItWrites)
 {
-    const TemporaryFolder folder;
+    const support::TemporaryFolder folder;
     make_info(folder / "a.inf", pvr_file_info_s{});
     change_info(folder / "a.inf", [&](pvr_file_info_s &info) {
         const Descriptor other(open((folder / "a.inf").c_str(), O_RDONLY));

@@ -2,7 +2,7 @@
 // them.
 #include "info_file.h"
 #include "peer.h"
-#include "temporary_folder.h"
+#include "support/temporary_folder.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -44,7 +44,7 @@ protected:
             g_usleep(1000);
     }
 
-    TemporaryFolder folder;
+    support::TemporaryFolder folder;
     const std::string device = made("usb");
     Simulator simulator{{"--device", "usb=" + device}};
     Peer peer;

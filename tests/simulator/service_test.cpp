@@ -1,7 +1,7 @@
 // The service on a real bus: its interface, handles and playback, and the signals that tell of it.
 #include "peer.h"
 #include "pvr_service_api.h"
-#include "temporary_folder.h"
+#include "support/temporary_folder.h"
 #include "test_programme.h"
 
 #include <cstdlib>
@@ -45,7 +45,7 @@ protected:
         peer.signals();
     }
 
-    TemporaryFolder folder;
+    support::TemporaryFolder folder;
     const std::string recording = folder / "first.srf";
     const std::string short_recording = folder / "short.srf";
     Simulator simulator;

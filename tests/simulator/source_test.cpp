@@ -1,7 +1,7 @@
 // Where streams come from: the programme, files, and what commands write.
 #include "source.h"
 
-#include "temporary_folder.h"
+#include "support/temporary_folder.h"
 #include "test_programme.h"
 
 #include <algorithm>
@@ -169,7 +169,7 @@ TEST(Source, RefusesABitRateThatTheProgrammeDoesNotFitInto)
 
 TEST(Source, GivesWholePacketsOnly)
 {
-    const TemporaryFolder folder;
+    const support::TemporaryFolder folder;
     write_file(folder / "a.ts", stream(20));
     for (const std::string &what : {std::string(), folder / "a.ts", "exec:cat '" + (folder / "a.ts") + "'"}) {
         const auto source = open_source(what, bit_rate);
@@ -182,7 +182,7 @@ TEST(Source, GivesWholePacketsOnly)
 
 TEST(FileSource, StartsAgainBehindItsLastWholePacket)
 {
-    const TemporaryFolder folder;
+    const support::TemporaryFolder folder;
     for (const int packets : {1, 3, 7})
         for (const std::size_t rest : {0U, 1U, 187U}) {
             write_file(folder / "a.ts", stream(packets) + std::string(rest, '\x47'));
@@ -199,7 +199,7 @@ TEST(FileSource, StartsAgainBehindItsLastWholePacket)
 
 TEST(FileSource, RefusesWhatIsNoFileThatBeginsWithPackets)
 {
-    const TemporaryFolder folder;
+    const support::TemporaryFolder folder;
     const Fifo fifo(folder / "fifo");
     write_file(folder / "empty", "");
     write_file(folder / "short", stream(1).substr(0, packet_size - 1));
@@ -224,7 +224,7 @@ TEST(FileSource, RefusesWhatIsNoFileThatBeginsWithPackets)
 
 TEST(FileSource, EndsWhenTheFileHasBeenEmptied)
 {
-    const TemporaryFolder folder;
+    const support::TemporaryFolder folder;
     write_file(folder / "a.ts", stream(5));
     const auto source = open_source(folder / "a.ts", 0);
     EXPECT_EQ(read_some(*source, 2 * packet_size), stream(2));
@@ -236,7 +236,7 @@ TEST(FileSource, EndsWhenTheFileHasBeenEmptied)
 
 TEST(CommandSource, GivesAllThatIsWrittenAndThenSaysHowTheCommandEnded)
 {
-    const TemporaryFolder folder;
+    const support::TemporaryFolder folder;
     write_file(folder / "a.ts", stream(3000));
     const std::string cat = "cat '" + (folder / "a.ts") + "'; ";
     const std::pair<std::string, std::string> endings[] = {
@@ -267,7 +267,7 @@ TEST(CommandSource, SaysWhyACommandCouldNotBeginAsTheShellDoes)
 
 TEST(CommandSource, DoesNotWaitForWhatIsNotYetThere)
 {
-    const TemporaryFolder folder;
+    const support::TemporaryFolder folder;
     const Fifo fifo(folder / "fifo");
     const auto source = run("cat '" + fifo.path() + "'");
     EXPECT_EQ(read_some(*source, 10 * packet_size), "");
@@ -280,7 +280,7 @@ TEST(CommandSource, DoesNotWaitForWhatIsNotYetThere)
 
 TEST(CommandSource, FindsThePacketsInWhatIsWritten)
 {
-    const TemporaryFolder folder;
+    const support::TemporaryFolder folder;
     const std::string first = stream(40);
     const std::string second = stream(50).substr(first.size());
     // A sync byte within a packet, and such bytes at a packet's distance, but for fewer packets than are trusted.
@@ -321,7 +321,7 @@ TEST(CommandSource, EndsWhatWritesNoTransportStream)
 
 TEST(CommandSource, LetsACommandWriteAMebibyteBeforeAnythingIsRead)
 {
-    const TemporaryFolder folder;
+    const support::TemporaryFolder folder;
     const Fifo fifo(folder / "fifo");
     constexpr int packets = 5577; // as many as are whole in a mebibyte
     write_file(folder / "a.ts", stream(packets));
@@ -332,7 +332,7 @@ TEST(CommandSource, LetsACommandWriteAMebibyteBeforeAnythingIsRead)
 
 TEST(CommandSource, EndsTheWholeGroupWithTheSource)
 {
-    const TemporaryFolder folder;
+    const support::TemporaryFolder folder;
     Fifo fifo(folder / "fifo");
     auto source = run(two_writers(fifo) + "wait");
     fifo.wait_for_a_writer();
@@ -344,7 +344,7 @@ TEST(CommandSource, EndsTheWholeGroupWithTheSource)
 
 TEST(CommandSource, EndsTheWholeGroupWithTheCommand)
 {
-    const TemporaryFolder folder;
+    const support::TemporaryFolder folder;
     Fifo fifo(folder / "fifo");
     const Fifo go(folder / "go");
     const auto source = run(two_writers(fifo) + "read line <'" + go.path() + "'; exit 3");
@@ -358,7 +358,7 @@ TEST(CommandSource, EndsTheWholeGroupWithTheCommand)
 
 TEST(CommandSource, EndsWithTheCommandThoughAProcessOfAnotherGroupCouldStillWrite)
 {
-    const TemporaryFolder folder;
+    const support::TemporaryFolder folder;
     const Fifo begun(folder / "begun");
     const Fifo held(folder / "held"); // the process ends with it
     const auto source = run("setsid sh -c \"exec <'" + held.path() + "'; echo >'" + begun.path() +
@@ -368,7 +368,7 @@ TEST(CommandSource, EndsWithTheCommandThoughAProcessOfAnotherGroupCouldStillWrit
 
 TEST(CommandSource, LeavesNoDescriptorBehind)
 {
-    const TemporaryFolder folder;
+    const support::TemporaryFolder folder;
     write_file(folder / "a.ts", stream(20));
     write_file(folder / "text", "text");
     const std::size_t before = open_descriptors();

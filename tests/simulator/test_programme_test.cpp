@@ -2,7 +2,7 @@
 #include "test_programme.h"
 
 #include "packets.h"
-#include "temporary_folder.h"
+#include "support/temporary_folder.h"
 
 #include <csignal>
 #include <fcntl.h>
@@ -34,7 +34,7 @@ std::vector<std::uint8_t> content_of(const std::filesystem::path &path)
 
 std::vector<packets::Parsed> programme(int seconds, int bit_rate = lowest)
 {
-    const TemporaryFolder folder;
+    const support::TemporaryFolder folder;
     write_test_programme(folder / "a.srf", seconds, bit_rate);
     const std::vector<std::uint8_t> bytes = content_of(folder / "a.srf");
     EXPECT_EQ(bytes.size() % packets::size, 0U);
@@ -103,7 +103,7 @@ INSTANTIATE_TEST_SUITE_P(Rates, TestProgrammeAt,
 
 TEST(TestProgramme, PlaysAsLongAsItWasAskedTo)
 {
-    const TemporaryFolder folder;
+    const support::TemporaryFolder folder;
     for (const int seconds : {1, 2, 3, 10, 61}) {
         write_test_programme(folder / "a.srf", seconds);
         const int file = open((folder / "a.srf").c_str(), O_RDONLY | O_CLOEXEC);
@@ -264,7 +264,7 @@ TEST(TestProgramme, CarriesSilentFramesEachDueAfterItArrives)
 
 TEST(WriteTestProgramme, ReplacesAFileAndLeavesNothingElse)
 {
-    const TemporaryFolder folder;
+    const support::TemporaryFolder folder;
     write_test_programme(folder / "a.srf", 2);
     const auto longer = content_of(folder / "a.srf").size();
     write_test_programme(folder / "a.srf", 1);
@@ -274,7 +274,7 @@ TEST(WriteTestProgramme, ReplacesAFileAndLeavesNothingElse)
 
 TEST(WriteTestProgramme, MakesAFileThatOthersMayRead)
 {
-    const TemporaryFolder folder;
+    const support::TemporaryFolder folder;
     const mode_t before = umask(022);
     write_test_programme(folder / "a.srf", 1);
     umask(before);
@@ -285,7 +285,7 @@ TEST(WriteTestProgramme, MakesAFileThatOthersMayRead)
 
 TEST(WriteTestProgramme, LeavesNothingAndWhatWasThereWhenItFails)
 {
-    const TemporaryFolder folder;
+    const support::TemporaryFolder folder;
     write_test_programme(folder / "a.srf", 1);
     const auto before = content_of(folder / "a.srf");
 
@@ -307,7 +307,7 @@ TEST(WriteTestProgramme, LeavesNothingAndWhatWasThereWhenItFails)
 
 TEST(WriteTestProgramme, RefusesPlacesWhereNoFileCanBe)
 {
-    const TemporaryFolder folder;
+    const support::TemporaryFolder folder;
     std::filesystem::create_directory(folder / "folder.srf");
     for (const std::string &path : {folder / "folder.srf", folder / "missing/a.srf", std::string("/dev/null")})
         EXPECT_THROW(write_test_programme(path, 1), std::system_error) << path;

@@ -18,6 +18,8 @@ namespace {
 std::mutex mutex;
 std::vector<LoggedLine> lines;
 Lines malformed;
+std::string awaited;
+std::function<void()> reaction_to_awaited;
 
 // A child forked while another thread logs has to be able to log as well.
 [[maybe_unused]] const int survives_forks =
@@ -49,6 +51,16 @@ void keep(int log_id, int priority, const char *tag, const std::string &line)
                      line.substr(close + 4, line.size() - close - 5)});
 }
 
+void react(const std::string &line)
+{
+    std::unique_lock lock(mutex);
+    if (!reaction_to_awaited || line.find(awaited) == std::string::npos)
+        return;
+    const std::function<void()> reaction = std::exchange(reaction_to_awaited, nullptr);
+    lock.unlock();
+    reaction();
+}
+
 std::string line(int priority, const std::string &head, const std::string &text)
 {
     return std::to_string(priority) + " [PVR][API]" + head + text;
@@ -68,6 +80,13 @@ Lines logged_lines()
     for (const LoggedLine &line : logged())
         result.push_back(std::to_string(line.priority) + " " + without_addresses(line.text));
     return result;
+}
+
+void when_logged(const std::string &text, std::function<void()> reaction)
+{
+    const std::lock_guard lock(mutex);
+    awaited = text;
+    reaction_to_awaited = std::move(reaction);
 }
 
 Lines malformed_lines()
@@ -108,6 +127,7 @@ int __dlog_print(int log_id, int priority, const char *tag, const char *format, 
     if (length < 0)
         std::abort();
     support::keep(log_id, priority, tag, text);
+    support::react(text);
     std::free(text);
     return length;
 }

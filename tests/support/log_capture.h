@@ -1,6 +1,7 @@
 // Every line that the library logs, as the platform's logger would have printed it.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -23,6 +24,9 @@ struct LoggedLine {
 std::vector<LoggedLine> logged();
 /// The same, as comparable text.
 Lines logged_lines();
+
+/// Does something as soon as a line is logged that contains text, between two steps of what logs it; once.
+void when_logged(const std::string &text, std::function<void()> reaction);
 
 /// Whether any line logged so far, taken or not, was malformed: a wrong head, or no newline at its end.
 Lines malformed_lines();

@@ -53,11 +53,14 @@ TEST(SidePath, OverwritesTheLastThreeCharactersWhateverTheyAre)
         {"/m/a.inf", "/m/a.inf"},
         {"srf", "inf"},
         {"abcd", "ainf"},
-        {"ab", "ab"},
+        {"ab", ""},
         {"", ""},
     };
-    for (const auto &[path, expected] : rows)
-        EXPECT_EQ(SidePath::with_extension(path.c_str(), "inf").c_str(), expected);
+    for (const auto &[path, expected] : rows) {
+        const SidePath side = SidePath::with_extension(path.c_str(), "inf");
+        EXPECT_EQ(side.c_str(), expected);
+        EXPECT_EQ(static_cast<bool>(side), !expected.empty());
+    }
 }
 
 TEST(SidePath, IsCutAt255BytesBeforeTheNameIsMadeOfIt)

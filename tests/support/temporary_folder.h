@@ -2,19 +2,24 @@
 #pragma once
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <system_error>
+#include <unistd.h>
 #include <vector>
+
+namespace support {
 
 class TemporaryFolder {
 public:
-    TemporaryFolder() : path_((std::filesystem::temp_directory_path() / "pvr-simulator-test.XXXXXX").string())
+    TemporaryFolder()
     {
-        if (mkdtemp(path_.data()) == nullptr)
-            throw std::system_error(errno, std::generic_category(), path_);
+        // No random letters: log lines are compared with what looks like an address taken out.
+        const std::string prefix =
+            std::filesystem::temp_directory_path() / ("pvr-test-" + std::to_string(getpid()) + "-");
+        for (int number = 0; path_.empty(); ++number)
+            if (std::filesystem::create_directory(prefix + std::to_string(number)))
+                path_ = prefix + std::to_string(number);
     }
     ~TemporaryFolder()
     {
@@ -24,6 +29,7 @@ public:
     TemporaryFolder(const TemporaryFolder &) = delete;
     TemporaryFolder &operator=(const TemporaryFolder &) = delete;
 
+    const std::string &path() const { return path_; }
     std::string operator/(const std::string &name) const { return path_ + "/" + name; }
 
     /// What lies in it, sorted.
@@ -39,3 +45,5 @@ public:
 private:
     std::string path_;
 };
+
+} // namespace support
