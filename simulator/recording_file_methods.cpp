@@ -23,6 +23,8 @@ RecordingFileMethods::RecordingFileMethods(OrgVexanTvPvr *object, Television &se
     connect(object, this, METHOD(check_parent_lock), &RecordingFileMethods::check_parent_lock);
     connect(object, this, METHOD(get_system_record_num), &RecordingFileMethods::get_system_record_num);
     connect(object, this, METHOD(make_thumbnail_file), &RecordingFileMethods::make_thumbnail_file);
+    connect(object, this, METHOD(set_pvr_file_info), &RecordingFileMethods::set_pvr_file_info);
+    connect(object, this, METHOD(set_fp_rec_time), &RecordingFileMethods::set_fp_rec_time);
 }
 
 template <typename Action>
@@ -90,6 +92,19 @@ Outcome RecordingFileMethods::make_thumbnail_file(const char *path, int, int hei
     set_.signals.notify(PS_SIGNAL_TYPE_THUMB_DONE, signal_record(0, *recording, 0, outcome.result),
                         "a thumbnail, PS_SIGNAL_TYPE_THUMB_DONE");
     return outcome;
+}
+
+// Who writes a file beside a recording does so by himself, before or after he tells this service.
+Outcome RecordingFileMethods::set_pvr_file_info(const char *path, const char *, int)
+{
+    return on_recording(with_extension(path, "srf"));
+}
+
+Outcome RecordingFileMethods::set_fp_rec_time(const char *uri, int) { return on_recording(uri); }
+
+Outcome RecordingFileMethods::on_recording(const std::string &uri) const
+{
+    return stored_.path(uri) ? Outcome{} : refused("no recording on a device");
 }
 
 } // namespace simulator

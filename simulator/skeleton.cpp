@@ -15,12 +15,6 @@ GDBusInterfaceVTable *(*generated_vtable)(GDBusInterfaceSkeleton *);
 
 GDBusInterfaceSkeleton *as_skeleton(OrgVexanTvPvr *object) { return G_DBUS_INTERFACE_SKELETON(object); }
 
-bool has_handler(OrgVexanTvPvr *object, const char *method)
-{
-    const std::string signal = std::string("handle-") + method;
-    return g_signal_has_handler_pending(object, g_signal_lookup(signal.c_str(), TYPE_ORG_VEXAN_TV_PVR), 0, FALSE);
-}
-
 } // namespace
 
 GType Skeleton::type()
@@ -127,15 +121,13 @@ void Skeleton::drop_held()
 
 void Skeleton::pass(GDBusMethodInvocation *invocation)
 {
-    const char *method = g_dbus_method_invocation_get_method_name(invocation);
-    GVariant *arguments = g_dbus_method_invocation_get_parameters(invocation);
-    if (!has_handler(object_, method))
-        log_.line(shown_call(*g_dbus_method_invocation_get_method_info(invocation), arguments) + "  not implemented");
     generated_vtable(as_skeleton(object_))
         ->method_call(g_dbus_method_invocation_get_connection(invocation),
                       g_dbus_method_invocation_get_sender(invocation),
                       g_dbus_method_invocation_get_object_path(invocation),
-                      g_dbus_method_invocation_get_interface_name(invocation), method, arguments, invocation, object_);
+                      g_dbus_method_invocation_get_interface_name(invocation),
+                      g_dbus_method_invocation_get_method_name(invocation),
+                      g_dbus_method_invocation_get_parameters(invocation), invocation, object_);
 }
 
 void Skeleton::fail(GDBusMethodInvocation *invocation, const Failure &failure)

@@ -142,6 +142,8 @@ TEST_F(ChannelService, HasMethodsWithoutATraceThatItsPageNames)
     const std::map<std::string, std::string> calls{
         {"set_channel_multilanguage_string", "('eng:One', 7)"},
         {"set_keep_state_flag", "(1,)"},
+        {"set_pvr_file_info", "('/a.inf', '', 1)"},
+        {"set_fp_rec_time", "('/a.srf', 7)"},
     };
     const auto state = [&] {
         return peer.call("get_pvr_state") + peer.call("get_handle_for_record") + peer.call("get_current_service_id") +

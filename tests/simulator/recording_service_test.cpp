@@ -359,6 +359,17 @@ TEST_F(RecordingService, TouchesNothingThatIsNoRecordingOnADevice)
     EXPECT_TRUE(fs::exists(other));
 }
 
+TEST_F(RecordingService, TakesNoteOfWhatIsWrittenBesideARecording)
+{
+    EXPECT_EQ(start(), "(0,)");
+    const std::string file = path_of();
+    const std::string info = simulator::with_extension(file, "inf");
+    EXPECT_EQ(peer.call("set_pvr_file_info", "('" + info + "', '', 1)"), "(0,)");
+    EXPECT_EQ(peer.call("set_fp_rec_time", "('" + file + "', 1)"), "(0,)");
+    EXPECT_EQ(peer.call("set_pvr_file_info", "('/a.inf', '', 1)"), "(-2,)");
+    EXPECT_EQ(peer.call("set_fp_rec_time", "('/a.srf', 1)"), "(-2,)");
+}
+
 TEST_F(RecordingService, KnowsWhichRecordingIsNotForChildren)
 {
     EXPECT_EQ(start(), "(0,)");
