@@ -49,8 +49,10 @@ std::shared_ptr<CLI::Formatter> help_formatter();
 /// What is below the options in every help: examples and exit codes.
 std::string help_footer(Examples examples);
 
-/// The verb of "record" that has a file of its own.
+// Verbs that have a file of their own.
 void add_record_start(Commands &commands, CLI::App &object);
+void add_inf_set(Commands &commands, CLI::App &object);
+void add_inf_verify(Commands &commands, CLI::App &object);
 
 // One function per object.
 void add_play(Commands &commands);
@@ -61,6 +63,9 @@ void add_device(Commands &commands);
 void add_channel(Commands &commands);
 void add_share(Commands &commands);
 void add_file(Commands &commands);
+void add_inf(Commands &commands);
+void add_sas(Commands &commands);
+void add_thumb(Commands &commands);
 void add_status(Commands &commands);
 void add_monitor(Commands &commands);
 

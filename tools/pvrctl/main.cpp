@@ -90,6 +90,9 @@ ExitCode run(Output &output, int argc, char **argv)
     add_channel(commands);
     add_share(commands);
     add_file(commands);
+    add_inf(commands);
+    add_sas(commands);
+    add_thumb(commands);
     add_status(commands);
     add_monitor(commands);
 

@@ -86,6 +86,17 @@ std::string printable(std::string_view text)
     return result;
 }
 
+std::string hexadecimal(std::string_view bytes)
+{
+    constexpr std::string_view digits = "0123456789abcdef";
+    std::string text;
+    for (const char character : bytes) {
+        const auto byte = static_cast<unsigned char>(character);
+        text += {digits[byte >> 4], digits[byte & 0xf]};
+    }
+    return text;
+}
+
 std::string local_time(std::int64_t seconds)
 {
     const auto when = static_cast<std::time_t>(seconds);

@@ -31,6 +31,7 @@ public:
     enum class Form { text, json, nothing };
 
     void set_form(Form form) noexcept { form_ = form; }
+    Form form() const noexcept { return form_; }
 
     /// Data of a command, in both forms. JSON is one object on one line.
     void show(const Json &data, const std::vector<Row> &rows) const;
@@ -51,6 +52,9 @@ private:
 
 /// Text from a file name or the service, harmless to a terminal: control characters as \xNN.
 std::string printable(std::string_view text);
+
+/// Two digits for each byte.
+std::string hexadecimal(std::string_view bytes);
 
 /// A time in seconds since 1970 UTC, as the clock on the wall shows it; empty when it cannot be one.
 std::string local_time(std::int64_t seconds);

@@ -48,10 +48,17 @@ private:
     std::jthread thread_; // last: it uses the others until it has been joined
 };
 
-Failure no_bus(const std::string &reason)
+constexpr char no_bus_text[] = "the system bus cannot be reached: ";
+
+Failure no_bus(const std::string &reason) { return {ExitCode::not_running, no_bus_text + reason}; }
+
+Failure not_running()
 {
-    return {ExitCode::not_running, "the system bus cannot be reached: " + reason};
+    return {ExitCode::not_running,
+            std::string("the Recording service is not running: nobody owns ") + service_name + " on the bus"};
 }
+
+Failure no_recording_product() { return {ExitCode::not_recording, "this product does not record"}; }
 
 } // namespace
 
@@ -70,10 +77,22 @@ void Service::find_bus()
     bus_.reset(g_bus_get_sync(G_BUS_TYPE_SYSTEM, limit.cancellable(), &failure));
     const OwnedError error(failure);
     if (g_error_matches(error.get(), G_IO_ERROR, G_IO_ERROR_CANCELLED) != FALSE)
-        throw no_bus("it accepted the connection and said nothing for 25 s");
+        throw SilentBus(ExitCode::not_running,
+                        std::string(no_bus_text) + "it accepted the connection and said nothing for 25 s");
     if (!bus_)
         throw no_bus(error->message);
     watch_ = std::make_unique<Watch>(bus_.get());
+}
+
+void Service::try_bus()
+{
+    try {
+        find_bus();
+    } catch (const SilentBus &) {
+        throw;
+    } catch (const Failure &failure) {
+        missing_bus_ = failure;
+    }
 }
 
 std::optional<std::string> Service::owner() const
@@ -102,10 +121,16 @@ void Service::open()
         is_open_ = true;
         return;
     case PS_CALL_METHOD_FAILED:
-        throw Failure(ExitCode::not_recording, "this product does not record");
+        throw no_recording_product();
     default:
         throw no_bus("it was lost just now");
     }
+}
+
+void Service::check_running() const
+{
+    if (!owner())
+        throw not_running();
 }
 
 void Service::check(int result) const
@@ -124,14 +149,31 @@ void Service::check_delivered(int result) const
 
 bool Service::is_answering() const { return watch_->latest().kind != Exchange::unanswered; }
 
+bool Service::has_answered() const { return watch_ && watch_->latest().kind == Exchange::answered; }
+
+void Service::check_product() const
+{
+    // Of the calls that ask the product, this one asks nobody else. There is no session that it could end, or it is
+    // not needed any more.
+    if (svc_pvr_service_destroy() == PS_CALL_METHOD_FAILED)
+        throw no_recording_product();
+}
+
+Failure Service::reason() const
+try {
+    check_product();
+    return missing_bus_ ? *missing_bus_ : diagnosis();
+} catch (const Failure &failure) {
+    return failure;
+}
+
 Failure Service::diagnosis() const
 {
     if (g_dbus_connection_is_closed(bus_.get()) != FALSE)
         return no_bus("it was lost during the call");
     const std::optional<std::string> owner = this->owner();
     if (!owner)
-        return {ExitCode::not_running,
-                std::string("the Recording service is not running: nobody owns ") + service_name + " on the bus"};
+        return not_running();
 
     const Exchange call = watch_->latest();
     switch (call.kind) {

@@ -15,6 +15,12 @@ namespace pvrctl {
 /// Who asks, as the service is told.
 inline constexpr char application[] = "pvrctl";
 
+/// A bus that accepts connections and then says nothing: the library would wait for it for ever.
+class SilentBus : public Failure {
+public:
+    using Failure::Failure;
+};
+
 class Service {
 public:
     Service() = default;
@@ -25,6 +31,9 @@ public:
     /// Reaches the bus. Throws when there is none.
     void find_bus();
 
+    /// The same for what can do without a bus: throws a SilentBus alone.
+    void try_bus();
+
     /// Who owns the service's name; nothing when it is not running.
     std::optional<std::string> owner() const;
 
@@ -34,6 +43,9 @@ public:
     /// Makes the library's session. Throws when there is no bus, or when the product does not record.
     void open();
 
+    /// Throws when nobody owns the service's name. It takes a bus that was found.
+    void check_running() const;
+
     /// Throws what a call's failure comes from, unless the call succeeded.
     void check(int result) const;
 
@@ -41,8 +53,17 @@ public:
     /// A negative result may come from the library as well as from the service.
     void check_delivered(int result) const;
 
-    /// Whether the service has answered the latest call.
+    /// Whether the service has answered the latest call, or there was none.
     bool is_answering() const;
+
+    /// Whether an answer to the latest call has come, and no error.
+    bool has_answered() const;
+
+    /// Throws when the product does not record. Neither a bus nor the service is asked.
+    void check_product() const;
+
+    /// Why a call failed that may have found no bus; of a call that has something to say of it itself.
+    Failure reason() const;
 
     /// Keeps what the service tells of a method (ps_method_e) on its own, for take_news(). It takes a session.
     void listen(int method) { watch_->listen(method); }
@@ -57,6 +78,7 @@ private:
     };
     std::unique_ptr<GDBusConnection, Unref> bus_;
     std::unique_ptr<Watch> watch_;
+    std::optional<Failure> missing_bus_; ///< why there is none
     bool is_open_ = false;
 };
 
