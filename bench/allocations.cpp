@@ -1,9 +1,11 @@
 // How many heap blocks a call to the service takes beside those that GDBus takes to carry it, through
-// the library and without it; and how many a signal takes.
+// the library and without it; and how many a signal and reading a side file
+// take.
 #include "callers.h"
 #include "interpose.h"
 #include "private_bus.h"
 #include "rounds.h"
+#include "side_files.h"
 #include "signals.h"
 
 #include <cstdio>
@@ -107,6 +109,19 @@ void count_of_signals(State &state, Callers &callers)
     svc_pvr_unregister_signal_cb(on_signal);
 }
 
+/// What reading a side file takes.
+void count_of_reading(State &state, const SideFiles &files, void (SideFiles::*read)() const)
+{
+    place_client(Placement::one_cpu);
+    is_platform_stubbed = true;
+    (files.*read)();
+    const long before = blocks;
+    for ([[maybe_unused]] auto _ : state)
+        (files.*read)();
+    state.counters["allocations"] = static_cast<double>(blocks - before) / static_cast<double>(calls_per_round);
+    is_platform_stubbed = false;
+}
+
 int run(const Options &options)
 {
     const PrivateBus bus;
@@ -125,7 +140,14 @@ int run(const Options &options)
         count(state, callers, [&] { return bare_play_start(callers.bare()); });
     };
     const auto of_signals = [&callers](State &state) { count_of_signals(state, callers); };
-    return run_rounds({{{"allocations/signal", of_signals, calls_per_round}},
+    const SideFiles files;
+    const auto of_reading = [&files](auto read) {
+        return [&files, read](State &state) { count_of_reading(state, files, read); };
+    };
+    return run_rounds({{{"allocations/current", of_reading(&SideFiles::read_current), calls_per_round},
+                        {"allocations/older", of_reading(&SideFiles::read_older), calls_per_round},
+                        {"allocations/fingerprint", of_reading(&SideFiles::read_fingerprint), calls_per_round}},
+                       {{"allocations/signal", of_signals, calls_per_round}},
                        {{"allocations/library", library, calls_per_round},
                         {"allocations/library_and_platform", library_and_platform, calls_per_round},
                         {"allocations/bare", bare, calls_per_round}}},

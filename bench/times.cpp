@@ -1,10 +1,11 @@
-// How long a call, the frame alone, a dropped log line and a session take, each beside what it is
-// compared with.
+// How long a call, the frame alone, a dropped log line, a session, signals and side files take, each beside
+// what it is compared with.
 #include "callers.h"
 #include "events.h"
 #include "placement.h"
 #include "private_bus.h"
 #include "rounds.h"
+#include "side_files.h"
 #include "stubs.h"
 
 #include "client/log.h"
@@ -133,6 +134,11 @@ int run(const Options &options)
     groups.push_back(event_handling(callers));
     groups.push_back(event_decoding());
     groups.push_back(event_delivery(callers));
+    const SideFiles files;
+    groups.push_back(reading_current(files));
+    groups.push_back(reading_older(files));
+    groups.push_back(finding_fingerprint(files));
+    groups.push_back(writing(files, callers));
     return run_rounds(groups, options);
 }
 

@@ -1,0 +1,40 @@
+// What the files beside a recording cost, each beside the system calls that it takes.
+#pragma once
+
+#include "callers.h"
+#include "rounds.h"
+
+#include <string>
+
+namespace bench {
+
+/// A recording's side files in memory, gone at the end: an info file of each kind, and a fingerprint file.
+class SideFiles {
+public:
+    SideFiles();
+    ~SideFiles();
+    SideFiles(const SideFiles &) = delete;
+    SideFiles &operator=(const SideFiles &) = delete;
+
+    std::string current() const { return folder_ + "/current.inf"; }
+    std::string older() const { return folder_ + "/older.inf"; }
+    std::string fingerprints() const { return folder_ + "/recording.sas"; }
+    /// Where the probe of whether the device takes files is made.
+    std::string probe() const { return folder_ + "/current.tmp"; }
+
+    /// Fail the program when the library cannot read what it should.
+    void read_current() const;
+    void read_older() const;
+    void read_fingerprint() const;
+
+private:
+    std::string folder_;
+};
+
+Group reading_current(const SideFiles &files);
+Group reading_older(const SideFiles &files);
+Group finding_fingerprint(const SideFiles &files);
+/// With the service's being told.
+Group writing(const SideFiles &files, Callers &callers);
+
+} // namespace bench
