@@ -12,6 +12,7 @@
 #include <fstream>
 #include <stdexcept>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace bench {
@@ -66,7 +67,9 @@ Group reading(const std::string &name, const std::string &path, std::size_t size
 
 } // namespace
 
-SideFiles::SideFiles() : folder_("/dev/shm/pvr-bench-" + std::to_string(getpid()))
+SideFiles::SideFiles()
+    : folder_("/dev/shm/pvr-bench-" + std::to_string(getpid())), current_(folder_ + "/current.inf"),
+      older_(folder_ + "/older.inf"), fingerprints_(folder_ + "/recording.sas"), probe_(folder_ + "/current.tmp")
 {
     std::filesystem::create_directory(folder_);
     pvr_file_info_s info{};
@@ -138,6 +141,8 @@ Group finding_fingerprint(const SideFiles &files)
         constexpr off_t offset = sizeof header + (blocks - 1) * block_size;
         for ([[maybe_unused]] auto _ : state) {
             const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+            struct stat status {};
+            check(fstat(file, &status) == 0 && S_ISREG(status.st_mode));
             flock(file, LOCK_EX);
             check(pread(file, header.data(), header.size(), 0) == static_cast<ssize_t>(header.size()));
             check(pread(file, block.data(), block.size(), offset) == static_cast<ssize_t>(block.size()));

@@ -16,11 +16,11 @@ public:
     SideFiles(const SideFiles &) = delete;
     SideFiles &operator=(const SideFiles &) = delete;
 
-    std::string current() const { return folder_ + "/current.inf"; }
-    std::string older() const { return folder_ + "/older.inf"; }
-    std::string fingerprints() const { return folder_ + "/recording.sas"; }
+    const std::string &current() const { return current_; }
+    const std::string &older() const { return older_; }
+    const std::string &fingerprints() const { return fingerprints_; }
     /// Where the probe of whether the device takes files is made.
-    std::string probe() const { return folder_ + "/current.tmp"; }
+    const std::string &probe() const { return probe_; }
 
     /// Fail the program when the library cannot read what it should.
     void read_current() const;
@@ -28,7 +28,7 @@ public:
     void read_fingerprint() const;
 
 private:
-    std::string folder_;
+    std::string folder_, current_, older_, fingerprints_, probe_;
 };
 
 Group reading_current(const SideFiles &files);

@@ -11,6 +11,7 @@
 #include <cinttypes>
 #include <iterator>
 #include <limits>
+#include <optional>
 #include <thread>
 #include <unistd.h>
 #include <utility>
@@ -34,7 +35,7 @@ template <typename Open>
 Opened open_locked(Open open, LockedFile &file, FingerprintHeader &header) noexcept
 {
     using namespace std::chrono_literals;
-    const auto deadline = std::chrono::steady_clock::now() + 1s;
+    std::optional<std::chrono::steady_clock::time_point> deadline;
     for (;;) {
         file = open();
         if (!file || !file.lock())
@@ -42,7 +43,10 @@ Opened open_locked(Open open, LockedFile &file, FingerprintHeader &header) noexc
         const std::size_t size = file.read(&header, sizeof header, 0);
         if (size == sizeof header)
             return Opened::whole;
-        if (size > 0 || std::chrono::steady_clock::now() >= deadline)
+        const auto now = std::chrono::steady_clock::now();
+        if (!deadline)
+            deadline = now + 1s;
+        if (size > 0 || now >= *deadline)
             return Opened::without_header;
         file.close();
         std::this_thread::sleep_for(5ms);
@@ -179,7 +183,9 @@ int svc_pvr_read_sas_file(const char *file_path, long long recTime, int *bufSize
     *bufSize = static_cast<int>(size);
     PLAIN_INFO("bufSize: %d, offset: %ld\n", *bufSize, static_cast<long>(offset));
     if (size > 0) {
-        const bool is_inside = size <= std::numeric_limits<int>::max() && std::int64_t{offset} + size <= file.size();
+        const std::int64_t end = std::int64_t{offset} + size;
+        const bool is_inside =
+            size <= std::numeric_limits<int>::max() && (end <= file.size_when_opened() || end <= file.size());
         if (!is_inside || (buf != nullptr && file.read(buf, size, offset) != size))
             return refused(PLAIN_FAILURE("read buffer data error\n"));
     }

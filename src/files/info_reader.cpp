@@ -6,6 +6,7 @@
 #include "files/older_generations.h"
 #include "files/paths.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
@@ -29,28 +30,49 @@ Measured measured(const char *path) noexcept
 {
     Measured result{LockedFile::to_read(path), errno, 0};
     if (result.file)
-        result.size = result.file.size();
+        result.size = result.file.size_when_opened();
     if (result.size <= 0)
         result.size = _get_file_size(path); // tells in the log what is the matter
     return result;
 }
 
-bool read_older(const Measured &inf, const char *path, const OlderGeneration &generation,
-                pvr_file_info_s &info) noexcept
+/// The record, and where an older file goes on behind it.
+struct Image {
+    pvr_file_info_s &info;
+    unsigned char rest[largest_older_file + 1 - sizeof(pvr_file_info_s)]; ///< one byte more than any older file has
+    std::size_t size = 0;                                                 ///< what there was of both
+};
+
+/// Reads all there is in one go, straight into the record where that is what the file holds. A file that somebody else
+/// keeps locked is read if it is an older one.
+void read_image(Measured &inf, bool is_locked, Image &image) noexcept
 {
+    if (!inf.file || (!is_locked && older_generation(inf.size) == nullptr))
+        return;
+    image.size = inf.file.read(&image.info, sizeof image.info, image.rest, sizeof image.rest);
+    const auto expected = std::min(static_cast<std::size_t>(inf.size), sizeof image.info + sizeof image.rest);
+    if (is_locked && image.size != expected)
+        inf.size = inf.file.size(); // it has changed before it was locked; nobody changes it any more
+}
+
+bool convert_older(const Measured &inf, const char *path, const OlderGeneration &generation, Image &image) noexcept
+{
+    PLAIN_INFO("this is %s inf file!\n", generation.name);
     if (!inf.file) {
         PLAIN_FAILURE("can't open the file[%s]\n", path);
         return false;
     }
     // Whatever could not be read is zero, and is converted all the same.
-    unsigned char image[largest_older_image] = {};
-    const bool is_whole = inf.file.read(image, generation.size, 0) == generation.size;
-    PLAIN_INFO("fread file return [result:%d], file size [%ld]\n", is_whole ? 1 : 0, inf.size);
-    generation.convert(&info, image);
+    unsigned char whole[largest_older_image];
+    std::memcpy(whole, &image.info, sizeof image.info);
+    std::memcpy(whole + sizeof image.info, image.rest, sizeof whole - sizeof image.info);
+    PLAIN_INFO("fread file return [result:%d], file size [%ld]\n", image.size >= generation.size ? 1 : 0, inf.size);
+    image.info = {};
+    generation.convert(&image.info, whole);
     return true;
 }
 
-bool read_current(const Measured &inf, bool is_locked, const char *path, pvr_file_info_s &info) noexcept
+bool is_current(const Measured &inf, bool is_locked, const char *path, const Image &image) noexcept
 {
     PLAIN_INFO("this is Vexan inf file!\n");
     if (!inf.file) {
@@ -61,8 +83,8 @@ bool read_current(const Measured &inf, bool is_locked, const char *path, pvr_fil
         PLAIN_FAILURE("flock fail\n");
         return false;
     }
-    const bool is_whole = inf.file.read(&info, sizeof info, 0) == sizeof info;
-    PLAIN_INFO("fread file return [result:%d], file size [%zu]\n", is_whole ? 1 : 0, sizeof info);
+    const bool is_whole = image.size >= sizeof image.info;
+    PLAIN_INFO("fread file return [result:%d], file size [%zu]\n", is_whole ? 1 : 0, sizeof image.info);
     if (!is_whole)
         PLAIN_FAILURE("error file or old info file\n");
     return is_whole;
@@ -149,13 +171,11 @@ int svc_pvr_get_pvr_file_info(const char *file_path, pvr_file_info_s *info) noex
     {
         const std::lock_guard lock(g_mutex_get_info);
         const bool is_locked = inf.file && inf.file.lock();
-        if (inf.file)
-            inf.size = inf.file.size(); // nobody changes it any more
+        Image image{*info, {}};
+        read_image(inf, is_locked, image);
         generation = older_generation(inf.size);
-        if (generation != nullptr)
-            PLAIN_INFO("this is %s inf file!\n", generation->name);
-        const bool is_read = generation != nullptr ? read_older(inf, path.c_str(), *generation, *info)
-                                                   : read_current(inf, is_locked, path.c_str(), *info);
+        const bool is_read = generation != nullptr ? convert_older(inf, path.c_str(), *generation, image)
+                                                   : is_current(inf, is_locked, path.c_str(), image);
         inf.file.close();
         if (!is_read)
             return PS_CALL_METHOD_FAILED;

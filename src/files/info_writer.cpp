@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <utility>
 
@@ -18,24 +17,11 @@ namespace {
 
 constexpr std::uint16_t layout_version = 20;
 
-using OwnedPath = Owned<char, std::free>;
-
-/// Where a path leads to, or the path as it is where it leads nowhere.
-class RealPath {
-public:
-    explicit RealPath(const char *path) noexcept : path_(path), resolved_(realpath(path, nullptr)) {}
-    const char *c_str() const noexcept { return resolved_ ? resolved_.get() : path_; }
-
-private:
-    const char *path_;
-    OwnedPath resolved_;
-};
-
 /// Writes over what the file holds, from the beginning, and cuts off what it held beyond.
-bool replace_content(const LockedFile &file, const void *content, std::size_t size) noexcept
+bool replace_content(const LockedFile &file, long old_size, const void *content, std::size_t size) noexcept
 {
     const std::size_t arrived = file.write(content, size);
-    if (arrived == size && file.resize(static_cast<long>(size)))
+    if (arrived == size && (old_size <= static_cast<long>(size) || file.resize(static_cast<long>(size))))
         return true;
     // What did not arrive whole must never be read as if it had: no generation is this short.
     if (arrived > 0)
@@ -71,20 +57,23 @@ int write_older(LockedFile file, bool is_locked, long size, const char *path, co
 
     if (!is_writable)
         return Call::refused(PLAIN_FAILURE("can't open the file[%s]\n", path));
-    if (!is_locked || file.seek_to_begin() != 0 || !replace_content(file, image, generation.size) || !file.close())
+    if (!is_locked || file.seek_to_begin() != 0 || !replace_content(file, size, image, generation.size) ||
+        !file.close())
         return refuse_write(path);
     PLAIN_INFO("write inf file success, the path is [%s]\n", path);
     return PS_SUCCESS;
 }
 
-int write_current(LockedFile file, bool is_locked, const char *path, const char *named, pvr_file_info_s &info) noexcept
+int write_current(LockedFile file, bool is_locked, long size, const char *path, const char *named,
+                  pvr_file_info_s &info) noexcept
 {
     PLAIN_INFO("write to Vexan info file!\n");
     if (_is_usb_disconnect(path, named) != 0)
         return PS_SUCCESS; // deliberately: a device that was pulled out is no fault of the caller's
     if (!file) {
-        file = LockedFile::to_update_or_create(RealPath(path).c_str());
+        file = LockedFile::to_update_or_create(path);
         is_locked = file && file.lock();
+        size = file ? file.size() : 0;
     }
     if (!file)
         return Call::refused(PLAIN_FAILURE("failed to open file,fd == NULL,the path is [%s]\n", path));
@@ -95,7 +84,7 @@ int write_current(LockedFile file, bool is_locked, const char *path, const char 
         return Call::refused(PLAIN_FAILURE("fseek failed, retn code[%d]\n", code));
 
     info.version = layout_version;
-    if (!replace_content(file, &info, sizeof info) || !file.close())
+    if (!replace_content(file, size, &info, sizeof info) || !file.close())
         return refuse_write(path);
     PLAIN_INFO("write inf file success, the path is [%s]\n", path);
     return PS_SUCCESS;
@@ -129,11 +118,11 @@ int svc_pvr_set_pvr_file_info_ex(const char *file_path, pvr_file_info_s *info) n
     PLAIN_INFO("write_inf_file, path [%s]\n", path.c_str());
 
     // One lock from the first read to the last write, so that nothing that others write meanwhile is lost.
-    LockedFile file = LockedFile::to_update(RealPath(path.c_str()).c_str());
+    LockedFile file = LockedFile::to_update(path.c_str());
     const bool is_locked = file && file.lock();
     const long locked_size = file ? file.size() : size;
     const OlderGeneration *const generation = older_generation(locked_size);
     return generation != nullptr
                ? write_older(std::move(file), is_locked, locked_size, path.c_str(), *generation, *info)
-               : write_current(std::move(file), is_locked, path.c_str(), file_path, *info);
+               : write_current(std::move(file), is_locked, locked_size, path.c_str(), file_path, *info);
 }

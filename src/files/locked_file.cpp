@@ -31,6 +31,23 @@ std::size_t transferred(std::size_t size, Transfer transfer) noexcept
     return done;
 }
 
+/// What is left of two pieces, as the system takes them: for both directions, and so not const.
+struct Pieces {
+    Pieces(const void *first, std::size_t first_size, const void *second, std::size_t second_size,
+           std::size_t done) noexcept
+        : parts{rest(first, first_size, std::min(done, first_size)),
+                rest(second, second_size, done - std::min(done, first_size))}
+    {
+    }
+
+    static iovec rest(const void *piece, std::size_t size, std::size_t done) noexcept
+    {
+        return {const_cast<char *>(static_cast<const char *>(piece)) + done, size - done};
+    }
+
+    iovec parts[2];
+};
+
 } // namespace
 
 LockedFile::LockedFile(const char *path, int flags) noexcept
@@ -39,8 +56,10 @@ LockedFile::LockedFile(const char *path, int flags) noexcept
     if (descriptor_ < 0)
         return;
     struct stat status {};
-    if (fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode))
+    if (fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode)) {
+        size_when_opened_ = status.st_size;
         return;
+    }
     close();
     errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
 }
@@ -51,6 +70,7 @@ LockedFile &LockedFile::operator=(LockedFile &&other) noexcept
 {
     std::swap(descriptor_, other.descriptor_);
     std::swap(is_locked_, other.is_locked_);
+    std::swap(size_when_opened_, other.size_when_opened_);
     return *this;
 }
 
@@ -68,19 +88,22 @@ long LockedFile::size() const noexcept
 
 bool LockedFile::lock() noexcept
 {
+    is_locked_ = flock(descriptor_, LOCK_EX | LOCK_NB) == 0 || wait_for_lock();
+    return is_locked_;
+}
+
+bool LockedFile::wait_for_lock() const noexcept
+{
     using namespace std::chrono_literals;
     const auto deadline = std::chrono::steady_clock::now() + lock_patience;
     // The kernel's own waiting knows no end, so the lock is asked for again and again.
-    for (std::chrono::microseconds pause = 50us; flock(descriptor_, LOCK_EX | LOCK_NB) != 0;
-         pause = std::min<std::chrono::microseconds>(2 * pause, 5ms)) {
-        if (errno == EINTR)
-            continue;
-        if (errno != EWOULDBLOCK || std::chrono::steady_clock::now() >= deadline)
+    for (std::chrono::microseconds pause = 50us;; pause = std::min<std::chrono::microseconds>(2 * pause, 5ms)) {
+        if ((errno != EWOULDBLOCK && errno != EINTR) || std::chrono::steady_clock::now() >= deadline)
             return false;
         std::this_thread::sleep_for(pause);
+        if (flock(descriptor_, LOCK_EX | LOCK_NB) == 0)
+            return true;
     }
-    is_locked_ = true;
-    return true;
 }
 
 void LockedFile::unlock() noexcept
@@ -97,19 +120,23 @@ std::size_t LockedFile::read(void *to, std::size_t size, long offset) const noex
     });
 }
 
+std::size_t LockedFile::read(void *first, std::size_t first_size, void *second, std::size_t second_size) const noexcept
+{
+    return transferred(first_size + second_size, [=, this](std::size_t done) {
+        const Pieces pieces(first, first_size, second, second_size, done);
+        return preadv(descriptor_, pieces.parts, 2, static_cast<off_t>(done));
+    });
+}
+
 int LockedFile::seek_to_begin() const noexcept { return lseek(descriptor_, 0, SEEK_SET) < 0 ? -1 : 0; }
 int LockedFile::seek_to_end() const noexcept { return lseek(descriptor_, 0, SEEK_END) < 0 ? -1 : 0; }
 
 std::size_t LockedFile::write(const void *first, std::size_t first_size, const void *second,
                               std::size_t second_size) const noexcept
 {
-    return transferred(first_size + second_size, [&](std::size_t done) {
-        const std::size_t of_first = std::min(done, first_size), of_second = done - of_first;
-        // the system's interface for both directions takes pointers that are not const
-        const iovec pieces[] = {
-            {const_cast<char *>(static_cast<const char *>(first)) + of_first, first_size - of_first},
-            {const_cast<char *>(static_cast<const char *>(second)) + of_second, second_size - of_second}};
-        return writev(descriptor_, pieces, 2);
+    return transferred(first_size + second_size, [=, this](std::size_t done) {
+        const Pieces pieces(first, first_size, second, second_size, done);
+        return writev(descriptor_, pieces.parts, 2);
     });
 }
 

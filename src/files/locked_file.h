@@ -30,6 +30,8 @@ public:
 
     explicit operator bool() const noexcept { return descriptor_ >= 0; }
 
+    /// In bytes, as it was when the file was opened, or before it was locked: others may have written since.
+    long size_when_opened() const noexcept { return size_when_opened_; }
     /// In bytes, as it is now; -1 when the file system does not say.
     long size() const noexcept;
 
@@ -37,8 +39,9 @@ public:
     bool lock() noexcept;
     void unlock() noexcept;
 
-    /// Reads as much as there is, at most size; returns how much.
+    /// Reads as much as there is, at most size, or at most what two pieces hold; returns how much.
     std::size_t read(void *to, std::size_t size, long offset) const noexcept;
+    std::size_t read(void *first, std::size_t first_size, void *second, std::size_t second_size) const noexcept;
 
     /// Puts the position of the next write to the file's beginning or its end. 0, or -1 and errno.
     int seek_to_begin() const noexcept;
@@ -55,9 +58,11 @@ public:
 
 private:
     LockedFile(const char *path, int flags) noexcept;
+    bool wait_for_lock() const noexcept;
 
     int descriptor_ = -1;
     bool is_locked_ = false;
+    long size_when_opened_ = -1;
 };
 
 } // namespace pvr

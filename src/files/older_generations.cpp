@@ -21,7 +21,7 @@ struct FileSize {
     long bytes;
     const OlderGeneration *generation;
 };
-constexpr FileSize file_sizes[] = {{12052, &ardel}, {12048, &ardel}, {12044, &selk}};
+constexpr FileSize file_sizes[] = {{largest_older_file, &ardel}, {12048, &ardel}, {12044, &selk}};
 
 constexpr std::uint16_t layout_version = 20;
 

@@ -16,6 +16,7 @@ struct OlderGeneration {
 };
 
 inline constexpr std::size_t largest_older_image = 12048;
+inline constexpr std::size_t largest_older_file = 12052;
 
 /// Where both keep the position at which playback was left: a number of seconds, 4 bytes, little-endian.
 inline constexpr std::size_t older_resume_position = 788;

@@ -35,7 +35,7 @@ bool make_empty(const char *name) noexcept
     LockedFile file = LockedFile::to_probe(name);
     if (!file && errno == ELOOP && unlink(name) == 0)
         file = LockedFile::to_create(name);
-    return file && file.resize(0);
+    return file && (file.size_when_opened() == 0 || file.resize(0));
 }
 
 } // namespace
