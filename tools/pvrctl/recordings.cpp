@@ -67,6 +67,8 @@ std::optional<Recording> recording_of(const Service &service, std::uint64_t serv
     recording.is_timeshift = is_timeshift == yes;
     service.check(svc_pvr_get_recording_type_by_service_id(service_id, &recording.type));
     recording.seconds = progress_of(service, service_id);
+    if (recording_uri(service, service_id) != recording.uri)
+        return std::nullopt; // what was told last was about none, or about another
     return recording;
 }
 
