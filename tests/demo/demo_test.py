@@ -83,6 +83,8 @@ checked: nothing plays on handle 2
 13. Nothing plays any more.
 $ pvrctl status
 checked: nothing plays
+$ pvrctl inf show
+checked: it is complete, and as long as it was asked to be
 checked: the monitor has listened to the end
 This was the library at work.
 """.splitlines()
