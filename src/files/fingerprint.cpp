@@ -78,7 +78,7 @@ int append(const char *path, std::int64_t time, int size, const void *block) noe
 {
     PLAIN_INFO("the sas file exist.\n");
     LockedFile file;
-    FingerprintHeader header;
+    FingerprintHeader header{};
     switch (open_locked([path] { return LockedFile::to_update(path); }, file, header)) {
     case Opened::not_at_all:
         return failed;
@@ -161,7 +161,7 @@ int svc_pvr_read_sas_file(const char *file_path, long long recTime, int *bufSize
     PLAIN_INFO("file path: %s\n", path.c_str());
 
     LockedFile file;
-    FingerprintHeader header;
+    FingerprintHeader header{};
     switch (open_locked([&path] { return LockedFile::to_read(path.c_str()); }, file, header)) {
     case Opened::not_at_all:
         return access(path.c_str(), F_OK) != 0 ? refused(PLAIN_FAILURE("No such sas file.\n")) : failed;

@@ -39,8 +39,9 @@ Measured measured(const char *path) noexcept
 /// The record, and where an older file goes on behind it.
 struct Image {
     pvr_file_info_s &info;
-    unsigned char rest[largest_older_file + 1 - sizeof(pvr_file_info_s)]; ///< one byte more than any older file has
-    std::size_t size = 0;                                                 ///< what there was of both
+    /// One byte more than any older file has.
+    unsigned char rest[largest_older_file + 1 - sizeof(pvr_file_info_s)] = {};
+    std::size_t size = 0; ///< what there was of both
 };
 
 /// Reads all there is in one go, straight into the record where that is what the file holds. A file that somebody else
@@ -120,7 +121,7 @@ void log_record(Here here, const pvr_file_info_s &info) noexcept
                   static_cast<int>(info.video_type), static_cast<int>(info.audio_type), info.flag_HD & 0xffffU,
                   unsigned{info.rating}, info.flag_TTX & 0xffffU, unsigned{info.repeat_type},
                   unsigned{info.record_complete}, unsigned{info.incomplete_reason});
-    for (int line = 0; line < 7; ++line) {
+    for (std::size_t line = 0; line < 7; ++line) {
         unsigned char bytes[6];
         std::memcpy(bytes, info.programe_title + 6 * line, sizeof bytes);
         PLAIN_INFO_AT(here, "pvr_info->programe_title_buf [%x][%x][%x] [%x][%x][%x]\n", unsigned{bytes[0]},
@@ -171,7 +172,7 @@ int svc_pvr_get_pvr_file_info(const char *file_path, pvr_file_info_s *info) noex
     {
         const std::lock_guard lock(g_mutex_get_info);
         const bool is_locked = inf.file && inf.file.lock();
-        Image image{*info, {}};
+        Image image{*info};
         read_image(inf, is_locked, image);
         generation = older_generation(inf.size);
         const bool is_read = generation != nullptr ? convert_older(inf, path.c_str(), *generation, image)

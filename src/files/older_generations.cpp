@@ -31,7 +31,9 @@ enum class How { as_it_is, seconds_to_ms };
 using enum How;
 
 struct Row {
-    std::size_t from, width, to;
+    std::size_t from = 0;
+    std::size_t width = 0;
+    std::size_t to = 0;
     How how = as_it_is;
 };
 
