@@ -166,6 +166,8 @@ int svc_pvr_get_pvr_file_info(const char *file_path, pvr_file_info_s *info) noex
         PLAIN_INFO("file size[%ld] of bak inf file is valid, so try to read data from bak inf file[%s]\n", size,
                    path.c_str());
         inf = {LockedFile::to_read(path.c_str()), errno, size};
+        if (inf.file)
+            inf.size = inf.file.size_when_opened();
     }
 
     const OlderGeneration *generation = nullptr;

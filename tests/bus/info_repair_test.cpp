@@ -81,7 +81,7 @@ TEST_F(InfoRepair, DoesNotAskAboutAFinishedRecording)
 {
     std::filesystem::copy_file(golden + "vexan-television.inf", inf, std::filesystem::copy_options::overwrite_existing);
     EXPECT_EQ(svc_pvr_get_pvr_file_info(recording.c_str(), &info), 0);
-    EXPECT_EQ(info.record_complete, 1);
+    EXPECT_EQ(int{info.record_complete}, 1);
     std::filesystem::copy_file(golden + "selk-television.inf", inf, std::filesystem::copy_options::overwrite_existing);
     EXPECT_EQ(svc_pvr_get_pvr_file_info(recording.c_str(), &info), 0);
     EXPECT_EQ(service.requests(), std::vector<Request>());
@@ -110,7 +110,7 @@ TEST_F(InfoRepair, HoldsUpNobodyElseWhileItAsks)
     service.script("is_recording_file", stays_silent());
     std::thread asker([this] {
         EXPECT_EQ(svc_pvr_get_pvr_file_info(recording.c_str(), &info), 0);
-        EXPECT_EQ(info.incomplete_reason, 5);
+        EXPECT_EQ(int{info.incomplete_reason}, 5);
     });
     service.wait_for_request();
     std::filesystem::copy(golden + "vexan-television.inf", folder / "b.inf");

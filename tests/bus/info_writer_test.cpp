@@ -136,7 +136,7 @@ TEST_F(InfoWriter, ReplacesACurrentFile)
         EXPECT_EQ(write(recording), 0);
         EXPECT_EQ(logged_lines(), joined(joined(beginning(std::to_string(size)), probed()), {opened, written}));
         EXPECT_EQ(service.requests(), std::vector{request("set_pvr_file_info", "ssi", "('" + inf + "', '', 1)")});
-        EXPECT_EQ(info.version, 20);
+        EXPECT_EQ(int{info.version}, 20);
         EXPECT_TRUE(content_of(inf) == record()) << size;
         EXPECT_EQ(folder.names(), Lines{"a.inf"});
     }
@@ -164,7 +164,7 @@ TEST_F(InfoWriter, SetsNothingButTheResumePositionOfAnOlderFile)
         std::string expected = before.substr(0, row.size);
         expected.replace(788, 4, std::string("\1\0\0\0", 4));
         EXPECT_TRUE(content_of(inf) == expected) << row.file;
-        EXPECT_EQ(info.version, 7) << "the caller's record is not changed";
+        EXPECT_EQ(int{info.version}, 7) << "the caller's record is not changed";
     }
 }
 
@@ -216,7 +216,7 @@ TEST_F(InfoWriter, SucceedsWhereNoFileCanBeMade)
     EXPECT_EQ(logged_lines(), joined(beginning("1"), {plain_info("write to Vexan info file!"),
                                                       plain_entry("We can't create file in recording device path")}));
     EXPECT_EQ(content_of(inf), "x");
-    EXPECT_EQ(info.version, 7);
+    EXPECT_EQ(int{info.version}, 7);
 }
 
 TEST_F(InfoWriter, SparesTheTimeshiftThatItWritesAbout)

@@ -205,10 +205,10 @@ TEST_F(InfoReader, RefusesWhatIsNoRecordingAndTouchesNothing)
     const Lines lines = logged_lines();
     ASSERT_EQ(lines.size(), 4U);
     EXPECT_EQ(lines.back(), plain_entry("invalid file[" + (folder / "a.ts") + "]"));
-    EXPECT_EQ(info.version, 0xa5a5);
+    EXPECT_EQ(int{info.version}, 0xa5a5);
     EXPECT_EQ(svc_pvr_get_pvr_file_info(nullptr, &info), PS_CALL_METHOD_FAILED);
     EXPECT_EQ(svc_pvr_get_pvr_file_info(recording.c_str(), nullptr), PS_CALL_METHOD_FAILED);
-    EXPECT_EQ(info.version, 0xa5a5);
+    EXPECT_EQ(int{info.version}, 0xa5a5);
 }
 
 TEST_F(InfoReader, RefusesAProductThatDoesNotRecord)
@@ -216,7 +216,7 @@ TEST_F(InfoReader, RefusesAProductThatDoesNotRecord)
     std::filesystem::copy(golden + "vexan-television.inf", inf);
     set_product(Product::does_not_record);
     EXPECT_EQ(read(recording), PS_CALL_METHOD_FAILED);
-    EXPECT_EQ(info.version, 0xa5a5);
+    EXPECT_EQ(int{info.version}, 0xa5a5);
     int is_audio_only = -7;
     EXPECT_EQ(svc_pvr_is_audio_only(recording.c_str(), &is_audio_only), PS_CALL_METHOD_FAILED);
     EXPECT_EQ(is_audio_only, -7);
@@ -294,7 +294,7 @@ TEST_F(InfoReader, TakesTheSizeThatTheFileHasUnderItsLock)
     });
     EXPECT_EQ(read(recording), 0);
     EXPECT_STRNE(info.programe_title, "");
-    EXPECT_EQ(info.record_complete, 1);
+    EXPECT_EQ(int{info.record_complete}, 1);
     const Lines lines = logged_lines();
     EXPECT_NE(std::find(lines.begin(), lines.end(), plain_info("this is Selk inf file!")), lines.end());
 }
