@@ -32,6 +32,9 @@ void answered(Signals &signals, const RecordingEvent &event)
         event.method,
         result_value(event.handle, event.result, event.uid, event.service_id, std::int32_t{event.type}, event.result),
         recording(event) + ", " + name_of(event.method) + outcome);
+    if (event.method == PS_RECORD_START && event.result == is_scrambled)
+        signals.result(PS_RECORD_NOT_ALLOWED_BY_CA, result_value(event.handle, event.path),
+                       recording(event) + ", " + name_of(PS_RECORD_NOT_ALLOWED_BY_CA));
 }
 
 void changed(Signals &signals, const RecordingEvent &event)

@@ -226,6 +226,16 @@ TEST_F(RecordingService, AnswersWhetherAChannelCouldBeRecorded)
     EXPECT_NE(peer.call("get_max_recordable_time"), "(0,)");
 }
 
+TEST_F(RecordingService, TellsOfAChannelThatMayNotBeRecorded)
+{
+    EXPECT_EQ(start("4294967303"), "(256,)");
+    const Lines told = peer.signals_until("result_to_apps (213, <(1, '')>)");
+    ASSERT_FALSE(told.empty());
+    EXPECT_EQ(std::count_if(told.begin(), told.end(),
+                            [](const std::string &signal) { return signal.starts_with("result_to_apps (8, "); }),
+              1);
+}
+
 TEST_F(RecordingWithoutDevice, HasNothingToRecordTo)
 {
     EXPECT_EQ(peer.call("call_app", "(0, uint64 1, 1, '', uint32 0)"), "(101,)");
