@@ -229,7 +229,7 @@ TEST_F(RecordingService, AnswersWhetherAChannelCouldBeRecorded)
 TEST_F(RecordingService, TellsOfAChannelThatMayNotBeRecorded)
 {
     EXPECT_EQ(start("4294967303"), "(256,)");
-    const Lines told = peer.signals_until("result_to_apps (213, <(1, '')>)");
+    const Lines told = peer.signals_until("result_to_apps (213, <(0, '')>)");
     ASSERT_FALSE(told.empty());
     EXPECT_EQ(std::count_if(told.begin(), told.end(),
                             [](const std::string &signal) { return signal.starts_with("result_to_apps (8, "); }),
