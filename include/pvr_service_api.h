@@ -64,6 +64,7 @@
 #include "pvr_playback.h"
 #include "pvr_recording.h"
 #include "pvr_records.h"
+#include "pvr_rights.h"
 #include "pvr_side_files.h"
 #include "pvr_status.h"
 #include "pvr_storage.h"
@@ -71,16 +72,6 @@
 #ifdef __cplusplus
 extern "C" {
 #endif
-
-/** What the conditional-access queries return. */
-enum pvr_ca_result_code {
-    PVR_CA_SUCCESS = 0,
-    PVR_CA_BAD_ARGUMENT = 4, /**< a null or empty path, or a null output */
-    PVR_CA_NO_ANSWER = 7     /**< there is no conditional-access library, or it did not answer */
-};
-
-/** Broadcast standards of a product. */
-enum pvr_dtv_type { PVR_DTV_ATSC = 0, PVR_DTV_DVB = 1, PVR_DTV_DVB_ISDB = 2 };
 
 /** @name Session */
 /** @{ */
@@ -102,32 +93,6 @@ PVR_API int svc_pvr_service_init(void) PVR_NOEXCEPT;
  * @return PS_SUCCESS; PS_CALL_METHOD_FAILED, with the session untouched, when the product does not record.
  */
 PVR_API int svc_pvr_service_destroy(void) PVR_NOEXCEPT;
-
-/** @} */
-
-/** @name Conditional access
- *  What the platform says about viewing rights. Thread safety is that of its conditional-access library. */
-/** @{ */
-
-/** @return the product's broadcast standard (pvr_dtv_type); PVR_DTV_DVB when the platform cannot tell. */
-PVR_API int GetDtvType(void) PVR_NOEXCEPT;
-
-/** @return the same as GetDtvType, and logs it. */
-PVR_API int GetTVStandard(void) PVR_NOEXCEPT;
-
-/** @return 1 when the product has a CI slot, else 0. Read anew on every call. */
-PVR_API int IsSupportCI(void) PVR_NOEXCEPT;
-
-/**
- * Asks whether a recording is blocked by its parental rating. An exception of the conditional-access
- * library passes through.
- *
- * @param path     the recording
- * @param blocked  receives 0 when the conditional-access library says that it is not blocked, else 1,
- *                 also when nothing could be asked
- * @return PVR_CA_SUCCESS, PVR_CA_BAD_ARGUMENT or PVR_CA_NO_ANSWER.
- */
-PVR_API int IsBlockedByParentalControl(const char *path, int *blocked);
 
 /** @} */
 

@@ -12,8 +12,8 @@
 // and neither can a key that is in neither the file nor the defaults.
 #include <system_info.h>
 
-#include <cstdio>
-#include <cstdlib>
+#include "key_file.h"
+
 #include <functional>
 #include <glib.h>
 #include <map>
@@ -68,21 +68,10 @@ void take_all(Product &product, GKeyFile *file)
 Product load()
 {
     Product product;
-    GKeyFile *file = g_key_file_new();
-    g_key_file_load_from_data(file, defaults, sizeof defaults - 1, G_KEY_FILE_NONE, nullptr);
-    take_all(product, file);
-
-    const char *path = std::getenv("PVR_PLATFORM_CONFIG");
-    if (path != nullptr && *path != '\0') {
-        GError *error = nullptr;
-        if (g_key_file_load_from_file(file, path, G_KEY_FILE_NONE, &error) != FALSE) {
-            take_all(product, file);
-        } else {
-            std::fprintf(stderr, "PVR_PLATFORM_CONFIG: %s: %s\n", path, error->message);
-            g_error_free(error);
-        }
-    }
-    g_key_file_free(file);
+    const platform::KeyFile usual(g_key_file_new());
+    g_key_file_load_from_data(usual.get(), defaults, sizeof defaults - 1, G_KEY_FILE_NONE, nullptr);
+    take_all(product, usual.get());
+    take_all(product, platform::key_file().get());
     return product;
 }
 

@@ -18,11 +18,8 @@ constexpr std::size_t longest_text = std::size_t{16} << 20;
 
 Call::Call(Here here) noexcept : Call(here, check_owner(here), true)
 {
-    if (code_ != PS_SUCCESS)
-        return;
-    code_ = _is_support_pvr();
-    if (code_ != PS_SUCCESS)
-        INFO_AT(here, " did not support PVR!!\n");
+    if (code_ == PS_SUCCESS)
+        code_ = check_support(here);
 }
 
 Call Call::on_existing_session(Here here) noexcept { return {here, check_owner(here), false}; }

@@ -1,6 +1,7 @@
 #include "client/catalogue.h"
 
 #include <atomic>
+#include <clocale>
 #include <libintl.h>
 
 namespace pvr {
@@ -19,6 +20,11 @@ void bind_catalogue(Here here) noexcept
     const char *directory = bindtextdomain(PVR_SERVICE_API_MO_NAME, PVR_SERVICE_API_MO_LOCALE);
     PLAIN_INFO_AT(here, "pbindtextdomain:%s\n", directory);
     bDomainInit = true;
+}
+
+const char *translated(const char *message_id) noexcept
+{
+    return dcgettext(PVR_SERVICE_API_MO_NAME, message_id, LC_MESSAGES);
 }
 
 } // namespace pvr

@@ -11,4 +11,7 @@ inline constexpr char PVR_SERVICE_API_MO_LOCALE[] = "/usr/lib/org.vexan.pvr-serv
 /// Binds the catalogue unless that was done already; logs at here either way.
 void bind_catalogue(Here here) noexcept;
 
+/// A message in the language that the application has set by setlocale(); its id where there is no translation.
+const char *translated(const char *message_id) noexcept;
+
 } // namespace pvr

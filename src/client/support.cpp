@@ -1,6 +1,5 @@
 #include "client/support.h"
 
-#include "client/log.h"
 #include "pvr_service_api.h"
 
 #include <system_info.h>
@@ -31,6 +30,14 @@ int _is_support_pvr() noexcept
         return PS_CALL_METHOD_FAILED;
     }
     return PS_SUCCESS;
+}
+
+int check_support(Here here) noexcept
+{
+    const int refusal = _is_support_pvr();
+    if (refusal != PS_SUCCESS)
+        INFO_AT(here, " did not support PVR!!\n");
+    return refusal;
 }
 
 } // namespace pvr

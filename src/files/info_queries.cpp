@@ -1,14 +1,15 @@
 // Small questions about a recording, answered from the files beside it.
-#include "client/call.h"
+#include "client/outputs.h"
 #include "client/session.h"
+#include "client/support.h"
+#include "pvr_service_api.h"
 
 using namespace pvr;
 
 int svc_pvr_is_audio_only(const char *file_path, int *is_audio_only) noexcept
 {
-    const Call call(ENTRY(" [file_path:%s]\n", file_path));
-    if (!call)
-        return call.code();
+    if (const int refusal = check_support(ENTRY(" [file_path:%s]\n", file_path)); refusal != PS_SUCCESS)
+        return refusal;
     pvr_file_info_s info{};
     const int result = svc_pvr_get_pvr_file_info(file_path, &info);
     INFO(" [ret:%d][info.thumbnail_type:%d]\n", result, static_cast<int>(info.nThumbnailType));

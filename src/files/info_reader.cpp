@@ -2,6 +2,7 @@
 
 #include "client/call.h"
 #include "client/session.h"
+#include "client/support.h"
 #include "files/locked_file.h"
 #include "files/older_generations.h"
 #include "files/paths.h"
@@ -137,13 +138,12 @@ unsigned get_size_of_pvr_file_info() noexcept { return sizeof(pvr_file_info_s); 
 int svc_pvr_get_pvr_file_info(const char *file_path, pvr_file_info_s *info) noexcept
 {
     const Here here = ENTRY(" [file_path:%s]\n", file_path);
-    const Call call(here);
-    if (!call)
-        return call.code();
+    if (const int refusal = check_support(here); refusal != PS_SUCCESS)
+        return refusal;
     if (!_is_valid_pvr_srf_inf_file(file_path))
-        return call.refused(PLAIN_FAILURE("invalid file[%s]\n", file_path));
+        return Call::refused(PLAIN_FAILURE("invalid file[%s]\n", file_path));
     if (info == nullptr)
-        return call.refused(PLAIN_FAILURE("there is no record to fill\n"));
+        return Call::refused(PLAIN_FAILURE("there is no record to fill\n"));
     *info = {};
 
     SidePath path = SidePath::with_extension(file_path, "inf");
@@ -160,7 +160,7 @@ int svc_pvr_get_pvr_file_info(const char *file_path, pvr_file_info_s *info) noex
         const long size = _get_file_size(path.c_str()); // deliberately not the backup's
         if (size == 0) {
             PLAIN_FAILURE("file size[%ld] of bak inf file is still not valid\n", size);
-            return call.refused(PLAIN_FAILURE("failed to get file size from inf file and bak inf file\n"));
+            return Call::refused(PLAIN_FAILURE("failed to get file size from inf file and bak inf file\n"));
         }
         path = backup;
         PLAIN_INFO("file size[%ld] of bak inf file is valid, so try to read data from bak inf file[%s]\n", size,

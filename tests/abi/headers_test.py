@@ -39,7 +39,7 @@ class EveryHeader(unittest.TestCase):
         self.headers = sorted(path.name for path in OPTIONS.include.glob("*.h"))
         self.assertEqual(self.headers, [
             "pvr_base.h", "pvr_callbacks.h", "pvr_events.h", "pvr_legacy.h", "pvr_playback.h", "pvr_recording.h",
-            "pvr_records.h", "pvr_service_api.h", "pvr_side_files.h", "pvr_status.h", "pvr_storage.h"])
+            "pvr_records.h", "pvr_rights.h", "pvr_service_api.h", "pvr_side_files.h", "pvr_status.h", "pvr_storage.h"])
         self.assertTrue(COMPILERS, "neither gcc nor clang was found")
 
     def for_each(self, check):

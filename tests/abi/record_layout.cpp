@@ -1,6 +1,7 @@
 // Where every byte of the public records lies. They are on disk, on the bus and in programs that were
 // built long ago, so this is typed by hand and compiling it is the test.
 #include "pvr_records.h"
+#include "pvr_rights.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -92,6 +93,10 @@ FIELD(  10629, pvr_file_info_s,    opaque_10629,      std::uint8_t[16]);
 FIELD(  10645, pvr_file_info_s,    incomplete_reason, std::uint16_t);
 FIELD(  10647, pvr_file_info_s,    opaque_10647,      std::uint8_t[258]);
 RECORD(        pvr_file_info_s,    10905);
+
+FIELD(      0, expired_content_section, start_time, std::int32_t);
+FIELD(      4, expired_content_section, end_time,   std::int32_t);
+static_assert(sizeof(expired_content_section) == 8);
 
 FIELD(      0, yuv_info,           color_format,  std::int32_t);
 FIELD(      4, yuv_info,           width,         std::int32_t);
