@@ -58,9 +58,9 @@ bool Call::is_connected(const OwnedProxy &proxy) const noexcept
     return false;
 }
 
-bool Call::concluded(const OwnedProxy &proxy, gboolean succeeded, const OwnedError &error) const noexcept
+bool Call::concluded(const OwnedProxy &proxy, bool succeeded, const OwnedError &error) const noexcept
 {
-    if (succeeded != FALSE)
+    if (succeeded)
         return true;
     note_failed_call(proxy, error.get());
     FAILURE_AT(here_, " GDBus error: %s!!\n", error ? error->message : "the proxy refused the call");

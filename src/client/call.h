@@ -5,6 +5,7 @@
 //     return answer.one_is_success_rule();
 #pragma once
 
+#include "client/exchange.h"
 #include "client/log.h"
 #include "client/outputs.h"
 #include "client/owned.h"
@@ -160,8 +161,8 @@ public:
         bool is_delivered = false;
         if (const OwnedProxy proxy = session_for(method.name, arguments...)) {
             OwnedError error;
-            const gboolean succeeded = method.call(reinterpret_cast<OrgVexanTvPvr *>(proxy.get()),
-                                                   detail::on_wire(arguments, result)..., nullptr, error.slot());
+            const bool succeeded = exchange(proxy.get(), method.name, method.request, method.reply, error.slot(),
+                                            detail::on_wire(arguments, result)...);
             is_delivered = concluded(proxy, succeeded, error);
         }
         return Answer<has_result>(here_, is_delivered, result);
@@ -177,8 +178,7 @@ public:
         const OwnedProxy proxy = session_for(method.name, arguments...);
         const bool is_sent = proxy && is_connected(proxy);
         if (is_sent)
-            method.call(reinterpret_cast<OrgVexanTvPvr *>(proxy.get()), detail::on_wire(arguments, unused)..., nullptr,
-                        nullptr, nullptr);
+            send(proxy.get(), method.name, method.request, detail::on_wire(arguments, unused)...);
         return Answer<false>(here_, is_sent, 0);
     }
 
@@ -203,7 +203,7 @@ private:
 
     OwnedProxy session() const noexcept;
     bool is_connected(const OwnedProxy &proxy) const noexcept;
-    bool concluded(const OwnedProxy &proxy, gboolean succeeded, const OwnedError &error) const noexcept;
+    bool concluded(const OwnedProxy &proxy, bool succeeded, const OwnedError &error) const noexcept;
 
     Here here_;
     int code_;

@@ -2,7 +2,6 @@
 
 #include "client/catalogue.h"
 #include "client/support.h"
-#include "pvr_gdbus_generated.h"
 #include "pvr_service_api.h"
 
 #include <cstdint>
@@ -68,9 +67,6 @@ OwnedProxy make_proxy(GError **error) noexcept
         proxy = OwnedProxy(g_dbus_proxy_new_sync(own.get(), G_DBUS_PROXY_FLAGS_NONE, nullptr, service_name, object_path,
                                                  interface_name, nullptr, error));
     }
-    // Deliberately after construction: from here on a reply of another type is an ordinary error.
-    if (proxy)
-        g_dbus_proxy_set_interface_info(proxy.get(), org_vexan_tv_pvr_interface_info());
     return proxy;
 }
 

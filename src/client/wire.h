@@ -1,32 +1,22 @@
 // The remote methods by wire name, one line each, in the interface's order.
 #pragma once
 
+#include "client/wire_format.h"
 #include "pvr_gdbus_generated.h"
 
-namespace pvr {
+namespace pvr::wire {
 
-/// A remote method: its name on the wire and the generated function that calls it.
-template <typename Function>
-struct Remote {
-    const char *name;
-    Function *call;
-};
-
-template <typename Function>
-Remote(const char *, Function *) -> Remote<Function>;
-
-namespace wire {
-
-// One name serves for the wire and the function, so that two cannot be crossed.
-#define WIRE(method)                                                                                                   \
-    inline constexpr Remote method { #method, &org_vexan_tv_pvr_call_##method##_sync }
-#define WIRE_ASYNCHRONOUS(method)                                                                                      \
-    inline constexpr Remote method { #method, &org_vexan_tv_pvr_call_##method }
-
+// One name serves for the wire and for the generated function whose type tells the arguments, so that
+// two cannot be crossed. That type calls every container a GVariant: such a row says what is in it.
 // clang-format off
+#define WIRE(method, ...) \
+    inline constexpr Remote<decltype(org_vexan_tv_pvr_call_##method##_sync)> method {#method __VA_OPT__(, ) __VA_ARGS__}
+#define WIRE_ASYNCHRONOUS(method) \
+    inline constexpr Remote<decltype(org_vexan_tv_pvr_call_##method)> method {#method}
+
 WIRE(call_app);
 WIRE(get_handle);
-WIRE(get_handle_for_record);
+WIRE(get_handle_for_record, "(@aii)");
 WIRE(get_handle_for_playback);
 WIRE(release_handle);
 WIRE(play_pause);
@@ -63,9 +53,9 @@ WIRE(check_device);
 WIRE(get_default_rec_device);
 WIRE(get_potential_rec_dev);
 WIRE(get_next_def_rec_dev);
-WIRE(get_device_list);
-WIRE(get_rec_device_list);
-WIRE(get_device_info);
+WIRE(get_device_list, "(@aiii)");
+WIRE(get_rec_device_list, "(@aiii)");
+WIRE(get_device_info, "(@(iisssxx)i)");
 WIRE(get_dev_total);
 WIRE(get_record_dev_total);
 WIRE(get_rec_device_name);
@@ -96,7 +86,7 @@ WIRE(is_support_pvr);
 WIRE(get_system_record_num);
 WIRE(get_inf_uri);
 WIRE(precheck_recording_available);
-WIRE(get_channel_info);
+WIRE(get_channel_info, "(@a(v)i)");
 WIRE(is_analog_channel);
 WIRE(is_child_lock_channel);
 WIRE(is_audio_only_channel);
@@ -104,7 +94,7 @@ WIRE(is_no_signal_channel);
 WIRE(is_date_set);
 WIRE(get_play_state_by_service_id);
 WIRE(get_record_state_by_service_id);
-WIRE(get_recording_service_id_list);
+WIRE(get_recording_service_id_list, "(@ati)");
 WIRE(sync_stop_playing);
 WIRE_ASYNCHRONOUS(sync_stop_pvr);
 WIRE(sync_stop_recording);
@@ -123,7 +113,7 @@ WIRE(inform_third_part);
 WIRE(set_fp_rec_time);
 WIRE(get_playback_uri_by_handle);
 WIRE(change_recording_duration_unlimited);
-WIRE(get_recording_info);
+WIRE(get_recording_info, "(@(tiii))");
 WIRE(is_all_descrambled);
 WIRE(get_av_status);
 WIRE(get_max_recordable_time);
@@ -135,5 +125,4 @@ WIRE(is_source_change_available_on_recording);
 #undef WIRE
 #undef WIRE_ASYNCHRONOUS
 
-} // namespace wire
-} // namespace pvr
+} // namespace pvr::wire

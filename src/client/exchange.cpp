@@ -1,0 +1,52 @@
+#include "client/exchange.h"
+
+#include "client/owned.h"
+
+#include <algorithm>
+#include <cstdarg>
+#include <string_view>
+
+namespace pvr {
+namespace {
+
+constexpr int bus_default = -1; // of the time-out
+
+/// Says what GDBus says of a proxy that was told the types of its interface.
+void report_type(GError **error, const char *method, GVariant *value, std::string_view format) noexcept
+{
+    char expected[32] = {}; // a format without its marks is a type
+    format = format.substr(0, sizeof expected - 1);
+    std::copy_if(format.begin(), format.end(), expected, [](char code) { return code != '@'; });
+    g_set_error(error, G_IO_ERROR, G_IO_ERROR_INVALID_ARGUMENT, "Method “%s” returned type “%s”, but expected “%s”",
+                method, g_variant_get_type_string(value), expected);
+}
+
+} // namespace
+
+bool exchange(GDBusProxy *proxy, const char *method, const char *request, const char *reply, GError **error,
+              ...) noexcept
+{
+    va_list arguments;
+    va_start(arguments, error);
+    GVariant *sent = g_variant_new_va(request, nullptr, &arguments);
+    const OwnedVariant answer(
+        g_dbus_proxy_call_sync(proxy, method, sent, G_DBUS_CALL_FLAGS_NONE, bus_default, nullptr, error));
+    const bool is_of_type = answer && g_variant_check_format_string(answer.get(), reply, FALSE) != FALSE;
+    if (is_of_type)
+        g_variant_get_va(answer.get(), reply, nullptr, &arguments);
+    else if (answer)
+        report_type(error, method, answer.get(), reply);
+    va_end(arguments);
+    return is_of_type;
+}
+
+void send(GDBusProxy *proxy, const char *method, const char *request, ...) noexcept
+{
+    va_list arguments;
+    va_start(arguments, request);
+    GVariant *sent = g_variant_new_va(request, nullptr, &arguments);
+    va_end(arguments);
+    g_dbus_proxy_call(proxy, method, sent, G_DBUS_CALL_FLAGS_NONE, bus_default, nullptr, nullptr, nullptr);
+}
+
+} // namespace pvr
