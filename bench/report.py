@@ -55,7 +55,7 @@ def series(results):
     """One value per round for each subject: times in ns, counts as they are."""
     values = collections.defaultdict(dict)
     for run_ in results["benchmarks"]:
-        value = next((run_[name] for name in ("allocations", "bytes", "cpu_ns") if name in run_), run_["real_time"])
+        value = next((run_[name] for name in ("allocations", "bytes", "cpu_ns", "elapsed_ns") if name in run_), run_["real_time"])
         values[run_["name"]][run_["repetition_index"]] = value
     return {name: [of_round[index] for index in sorted(of_round)] for name, of_round in values.items()}
 
@@ -101,7 +101,7 @@ def judged(row, low, high):
 
 
 def as_quantity(name, value):
-    if name.startswith(("size/", "memory/")):
+    if name.startswith(("size/", "memory/", "load/dirty")):
         return f"{value:.0f} bytes"
     if name.startswith("allocations/"):
         return f"{value:g} blocks"
@@ -180,7 +180,7 @@ def measure(build, rounds, rows):
     started, busy, own = time.monotonic(), busy_seconds(), own_seconds()
     times = run(os.path.join(folder, "pvr-bench-times"), os.path.join(folder, "times.json"), rounds)
     measured = series(times)
-    for program in "allocations", "memory":
+    for program in "allocations", "memory", "load":
         if any(row.subject.startswith(f"{program}/") for row in rows):
             measured |= series(run(os.path.join(folder, f"pvr-bench-{program}"),
                                    os.path.join(folder, f"{program}.json"), None))

@@ -3,9 +3,9 @@ include(CMakePackageConfigHelpers)
 
 if(PVR_PLATFORM STREQUAL "host")
     # The stand-ins lie beside the library: a linker and a loader that found the one find the others.
-    set_target_properties(pvr-service-api PROPERTIES INSTALL_RPATH "$ORIGIN")
+    set_target_properties(pvr-service-api-installed PROPERTIES INSTALL_RPATH "$ORIGIN")
 endif()
-install(TARGETS pvr-service-api EXPORT pvr-service-api LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(TARGETS pvr-service-api-installed EXPORT pvr-service-api LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
 install(FILES interface/org.vexan.tv.pvr.conf DESTINATION ${CMAKE_INSTALL_DATADIR}/dbus-1/system.d)
 

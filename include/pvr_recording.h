@@ -365,8 +365,8 @@ PVR_API int svc_pvr_set_ts_auto_start_flag(int ts_auto_start_flag) PVR_NOEXCEPT;
  * The text to show for a recording that failed, in the language that the application has set with setlocale()
  * (LC_MESSAGES). Where the library's catalogue has no such language the text is the message's identifier.
  *
- * @param error_num  the service's code, as results and signals carry it; a code without a text of its own gives that of an
- *                   unknown error, and 0 the empty text
+ * @param error_num  the service's code, as results and signals carry it; a code without a text of its own gives that of
+ * an unknown error, and 0 the empty text
  * @param flag       only logged
  * @param text       a buffer of 255 bytes: 254 bytes of text and a NUL
  * @return PS_SUCCESS, or PS_CALL_METHOD_FAILED when the product does not record or text is null.

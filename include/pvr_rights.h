@@ -3,10 +3,10 @@
  * What a recording's viewing rights allow.
  * The conventions at the head of pvr_service_api.h hold here, with these of its own:
  *
- *  - The answers come from the platform's conditional-access library, and the service is not asked. The thread safety of
- *    all calls that take a recording is that of this library: make one at a time unless the platform promises more.
- *  - The functions that begin with svc_pvr_ are for applications, and do not throw. The others are what they rest on: an
- *    exception of the conditional-access library passes through them, and a null output is a bad argument to them.
+ *  - The answers come from the platform's conditional-access library, and the service is not asked. The thread safety
+ * of all calls that take a recording is that of this library: make one at a time unless the platform promises more.
+ *  - The functions that begin with svc_pvr_ are for applications, and do not throw. The others are what they rest on:
+ * an exception of the conditional-access library passes through them, and a null output is a bad argument to them.
  *  - Three of the questions (thumbnail valid, kind of thumbnail, retention limit) are answered without asking on a
  *    product that receives ATSC or has no CI slot, whatever the path and the outputs are.
  *  - Flags start from 1 and are cleared by the conditional-access library alone: where nobody answers, a recording is
@@ -68,8 +68,8 @@ PVR_API int svc_pvr_is_this_whole_file_exceeded_retention_limit(const char *file
  * @param sections   where the parts go, as many as count says; 100 at most
  * @param count      0. Untouched unless success is 1.
  * @param success    1 when the question was answered, else 0
- * @return PVR_CA_SUCCESS, PVR_CA_BAD_ARGUMENT or PVR_CA_NO_ANSWER; PS_CALL_METHOD_FAILED with the outputs untouched when
- *         one of them is null, or the product does not record.
+ * @return PVR_CA_SUCCESS, PVR_CA_BAD_ARGUMENT or PVR_CA_NO_ANSWER; PS_CALL_METHOD_FAILED with the outputs untouched
+ * when one of them is null, or the product does not record.
  */
 PVR_API int svc_pvr_get_expired_content_sections(const char *file_name, expired_content_section *sections, int *count,
                                                  int *success) PVR_NOEXCEPT;
@@ -106,8 +106,7 @@ PVR_API int svc_pvr_get_ci_thumb_type(const char *file_name, int *thumb_type, in
  * @param success     1 when the question was answered, else 0
  * @return PS_SUCCESS always. The outputs are set in each case.
  */
-PVR_API int svc_pvr_get_content_info(const char *file_name, int *info_type, int *play_count,
-                                     int *success) PVR_NOEXCEPT;
+PVR_API int svc_pvr_get_content_info(const char *file_name, int *info_type, int *play_count, int *success) PVR_NOEXCEPT;
 
 /** @} */
 /** @name What these rest on */

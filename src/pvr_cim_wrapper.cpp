@@ -130,8 +130,8 @@ int IsThumbnailValid(const char *path, int position, int *valid)
     const Here here = PLAIN_INFO("This func is called\n");
     write_out(valid, 1);
     if (const CiGate gate; gate.is_closed()) {
-        PLAIN_FAILURE("eCurrStd[%d] is DTV_STANDARD_ATSC, and IsSupportCI()[%d] is false, bResult[%d]\n",
-                      gate.standard, gate.has_ci, 1);
+        PLAIN_FAILURE("eCurrStd[%d] is DTV_STANDARD_ATSC, and IsSupportCI()[%d] is false, bResult[%d]\n", gate.standard,
+                      gate.has_ci, 1);
         return PVR_CA_SUCCESS;
     }
     return ask(here, path, valid != nullptr, [=](CA_API::CAService &service, std::string &url) {
@@ -150,8 +150,8 @@ int IsThisWholeFileExceededRetentionLimit(const char *path, int *exceeded)
     write_out(exceeded, 1);
     if (const CiGate gate; gate.is_closed()) {
         write_out(exceeded, 0);
-        PLAIN_FAILURE("eCurrStd[%d] is DTV_STANDARD_ATSC, and IsSupportCI()[%d] is false, bResult[%d]\n",
-                      gate.standard, gate.has_ci, 0);
+        PLAIN_FAILURE("eCurrStd[%d] is DTV_STANDARD_ATSC, and IsSupportCI()[%d] is false, bResult[%d]\n", gate.standard,
+                      gate.has_ci, 0);
         return PVR_CA_SUCCESS;
     }
     return ask(here, path, exceeded != nullptr, [=](CA_API::CAService &service, std::string &url) {

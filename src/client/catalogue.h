@@ -6,7 +6,7 @@
 namespace pvr {
 
 inline constexpr char PVR_SERVICE_API_MO_NAME[] = "org.vexan.pvr-service-api";
-inline constexpr char PVR_SERVICE_API_MO_LOCALE[] = "/usr/lib/org.vexan.pvr-service-api/res/locale";
+extern const char PVR_SERVICE_API_MO_LOCALE[];
 
 /// Binds the catalogue unless that was done already; logs at here either way.
 void bind_catalogue(Here here) noexcept;

@@ -79,8 +79,8 @@ static_assert(sound());
 
 constexpr const char *message_id(int code) noexcept
 {
-    const auto *const row =
-        std::lower_bound(std::begin(rows), std::end(rows), code, [](const Row &one, int wanted) { return one.last < wanted; });
+    const auto *const row = std::lower_bound(std::begin(rows), std::end(rows), code,
+                                             [](const Row &one, int wanted) { return one.last < wanted; });
     return row != std::end(rows) && row->first <= code ? row->id : unknown;
 }
 

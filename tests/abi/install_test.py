@@ -89,6 +89,18 @@ class Install(unittest.TestCase):
         self.assertEqual(found(stage / "opt/pvr"), expected())
         self.assertEqual([path.name for path in stage.iterdir()], ["opt"])
 
+    def test_the_catalogues_go_to_where_the_library_looks_when_they_are_asked_for(self):
+        build, stage = self.folder / "with_catalogues", self.folder / "set"
+        run(OPTIONS.cmake, "-S", OPTIONS.source, "-B", build, "-G", OPTIONS.generator, "-DPVR_INSTALL_CATALOGUE=ON",
+            f"-DCMAKE_C_COMPILER={OPTIONS.cc}", f"-DCMAKE_CXX_COMPILER={OPTIONS.cxx}", "-DPVR_BUILD_TESTS=OFF",
+            "-DPVR_BUILD_TOOLS=OFF")
+        run(OPTIONS.cmake, "--build", build, "--target", "pvr-catalogues")
+        run(OPTIONS.cmake, "-P", build / "res/cmake_install.cmake", DESTDIR=str(stage))
+        directory = "usr/lib/org.vexan.pvr-service-api/res/locale"
+        self.assertIn(f"/{directory}\0".encode(), (self.lib / LIBRARY).read_bytes())
+        self.assertEqual(found(stage), {f"{directory}/{language}/LC_MESSAGES/org.vexan.pvr-service-api.mo": None
+                                        for language in ("de", "en", "es", "fr")})
+
     def test_no_file_mentions_where_it_was_made(self):
         places = {OPTIONS.build, OPTIONS.source, os.path.realpath(OPTIONS.build), os.path.realpath(OPTIONS.source),
                   str(self.folder)}

@@ -124,3 +124,24 @@ TEST(ForkedChild, OfAProcessThatNeverHadASessionMakesItsOwn)
     });
     EXPECT_EQ(complaint, "");
 }
+
+// What asks the service nothing needs no session of its own.
+TEST(ForkedChild, ReadsTheFilesBesideRecordingsAndTheErrorTexts)
+{
+    ScriptedService service;
+    ASSERT_EQ(svc_pvr_service_init(), PS_SESSION_READY);
+    const std::string complaint = in_a_child([]() -> std::string {
+        pvr_file_info_s info{};
+        yuv_info picture{};
+        char text[255];
+        if (svc_pvr_get_pvr_file_info(PVR_GOLDEN_FILES "/ardel-television.srf", &info) != PS_SUCCESS ||
+            info.duration == 0)
+            return "no info; " + logged_lines().back();
+        if (svc_pvr_get_yuv_info(PVR_GOLDEN_FILES "/picture.srf", &picture) != PS_SUCCESS)
+            return "no colour format; " + logged_lines().back();
+        if (svc_pvr_get_err_text(202, 0, text) != PS_SUCCESS)
+            return "no error text; " + logged_lines().back();
+        return "";
+    });
+    EXPECT_EQ(complaint, "");
+}

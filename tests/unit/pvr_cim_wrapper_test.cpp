@@ -28,8 +28,8 @@ struct Question {
     int slot;
     const char *logged_name;
     int (*ask)(const char *path, int *out);
-    bool is_flag;        ///< starts from 1, and only a cleared flag turns it to 0
-    const char *gate;    ///< how the gate logs the answer; null when there is none
+    bool is_flag;     ///< starts from 1, and only a cleared flag turns it to 0
+    const char *gate; ///< how the gate logs the answer; null when there is none
     int answer_of_gate;
 };
 
@@ -38,8 +38,8 @@ int ask_thumbnail(const char *about, int *valid) { return IsThumbnailValid(about
 const Question questions[] = {
     {"IsBlockedByParentalControl", 6, "IsBlockedByParentalControl", IsBlockedByParentalControl, true, nullptr, 0},
     {"IsThumbnailValid", 7, "CheckThumbnailValidation", ask_thumbnail, true, "bResult", 1},
-    {"IsThisWholeFileExceededRetentionLimit", 2, "IsFileExceededRetentionLimit",
-     IsThisWholeFileExceededRetentionLimit, true, "bResult", 0},
+    {"IsThisWholeFileExceededRetentionLimit", 2, "IsFileExceededRetentionLimit", IsThisWholeFileExceededRetentionLimit,
+     true, "bResult", 0},
     {"GetCIThumbType", 3, "GetCIThumbType", GetCIThumbType, false, "thumbValue", 0},
 };
 
@@ -127,9 +127,9 @@ TEST_P(EachQuestion, HandsOutTheAnswer)
         int type; ///< and of a type
     };
     const Row rows[] = {
-        {true, true, 1, PVR_CA_SUCCESS, 1, 1},      {true, true, 0, PVR_CA_SUCCESS, 0, 0},
-        {true, false, 0, PVR_CA_SUCCESS, 1, 0},     {false, false, 0, PVR_CA_NO_ANSWER, 1, 0},
-        {false, true, 0, PVR_CA_NO_ANSWER, 0, 0},   {false, true, 1, PVR_CA_NO_ANSWER, 1, 1},
+        {true, true, 1, PVR_CA_SUCCESS, 1, 1},    {true, true, 0, PVR_CA_SUCCESS, 0, 0},
+        {true, false, 0, PVR_CA_SUCCESS, 1, 0},   {false, false, 0, PVR_CA_NO_ANSWER, 1, 0},
+        {false, true, 0, PVR_CA_NO_ANSWER, 0, 0}, {false, true, 1, PVR_CA_NO_ANSWER, 1, 1},
     };
     for (const Row &row : rows) {
         module.is_answering = row.is_answering;
@@ -139,10 +139,9 @@ TEST_P(EachQuestion, HandsOutTheAnswer)
         EXPECT_EQ(question.ask(path, &out), row.returned);
         const int expected = question.is_flag ? row.flag : row.type;
         EXPECT_EQ(out, expected);
-        EXPECT_EQ(lines_of_answer(),
-                  (Lines{called, plain_entry(std::string(question.logged_name) + " result[" +
-                                             std::to_string(row.is_answering) + "] bResult[" +
-                                             std::to_string(expected) + "]")}));
+        EXPECT_EQ(lines_of_answer(), (Lines{called, plain_entry(std::string(question.logged_name) + " result[" +
+                                                                std::to_string(row.is_answering) + "] bResult[" +
+                                                                std::to_string(expected) + "]")}));
     }
     if (!question.is_flag) {
         module.value = -5;
@@ -192,8 +191,8 @@ TEST_P(EachQuestion, IsAnsweredByTheGateWhereItHasOne)
         int slots;
         int has_ci;
     };
-    for (const Row &row : {Row{PVR_DTV_ATSC, 1, 1}, Row{PVR_DTV_ATSC, 0, 0}, Row{PVR_DTV_DVB, 0, 0},
-                           Row{PVR_DTV_DVB_ISDB, -1, 0}}) {
+    for (const Row &row :
+         {Row{PVR_DTV_ATSC, 1, 1}, Row{PVR_DTV_ATSC, 0, 0}, Row{PVR_DTV_DVB, 0, 0}, Row{PVR_DTV_DVB_ISDB, -1, 0}}) {
         set_standard(row.standard);
         set_ci_slots(row.slots);
         module.slot = -1;
@@ -207,11 +206,10 @@ TEST_P(EachQuestion, IsAnsweredByTheGateWhereItHasOne)
             }
             EXPECT_EQ(returned, PVR_CA_SUCCESS);
             EXPECT_EQ(out, GetParam().answer_of_gate);
-            EXPECT_EQ(logged_lines().back(),
-                      plain_entry("eCurrStd[" + std::to_string(row.standard) +
-                                  "] is DTV_STANDARD_ATSC, and IsSupportCI()[" + std::to_string(row.has_ci) +
-                                  "] is false, " + GetParam().gate + "[" +
-                                  std::to_string(GetParam().answer_of_gate) + "]"));
+            EXPECT_EQ(logged_lines().back(), plain_entry("eCurrStd[" + std::to_string(row.standard) +
+                                                         "] is DTV_STANDARD_ATSC, and IsSupportCI()[" +
+                                                         std::to_string(row.has_ci) + "] is false, " + GetParam().gate +
+                                                         "[" + std::to_string(GetParam().answer_of_gate) + "]"));
             EXPECT_EQ(GetParam().ask(about, nullptr), PVR_CA_SUCCESS) << "the gate comes before the arguments";
             EXPECT_EQ(module.slot, -1);
         }

@@ -1,10 +1,14 @@
-// The text of every code, without a translation and with each.
+// The text of every code, without a translation and in every language that has a catalogue.
 #include "client/identity.h"
 #include "pvr_service_api.h"
 #include "support/log_capture.h"
 #include "support/platform.h"
 
+#include <clocale>
+#include <cstdlib>
+#include <cstring>
 #include <gtest/gtest.h>
+#include <libintl.h>
 #include <map>
 #include <set>
 #include <string>
@@ -54,6 +58,14 @@ std::string text_of(int code)
     return text;
 }
 
+/// What an application does that shows its texts in a language.
+void speak(const char *language)
+{
+    setenv("LANGUAGE", language, 1);
+    setlocale(LC_ALL, "C"); // the same locale again would not be news to gettext
+    ASSERT_NE(setlocale(LC_ALL, "C.UTF-8"), nullptr);
+}
+
 } // namespace
 
 TEST(ErrorTexts, AreTheirIdsWithoutATranslation)
@@ -74,8 +86,8 @@ TEST(ErrorTexts, AreLogged)
     ASSERT_EQ(lines.size(), 5U);
     EXPECT_EQ(lines[0], entry("|error_num:257 flag:-3"));
     EXPECT_EQ(lines[1], detail(support_line(1)));
-    EXPECT_TRUE(lines[2].starts_with(plain_info("bDomainInit:0 PVR_SERVICE_API_MO_NAME:" + std::string(domain) +
-                                                ", PVR_SERVICE_API_MO_LOCALE:/")))
+    EXPECT_TRUE(lines[2].starts_with(
+        plain_info("bDomainInit:0 PVR_SERVICE_API_MO_NAME:" + std::string(domain) + ", PVR_SERVICE_API_MO_LOCALE:/")))
         << lines[2];
     EXPECT_TRUE(lines[3].starts_with(plain_info("pbindtextdomain:/"))) << lines[3];
     EXPECT_EQ(lines[4], plain_info("|text:SID_NOT_RECORD_COPYRIGHT_BROADCASTING_MSG"));
@@ -102,4 +114,48 @@ TEST(ErrorTexts, AreRefusedOnAProductThatDoesNotRecord)
     EXPECT_EQ(svc_pvr_get_err_text(2, 0, text), PS_CALL_METHOD_FAILED);
     EXPECT_STREQ(text, "untouched");
     EXPECT_EQ(logged_lines().back(), info(" did not support PVR!!"));
+}
+
+TEST(ErrorTexts, AreTranslatedIntoTheLanguageThatTheApplicationHasSet)
+{
+    std::map<std::string, std::set<std::string>> texts;
+    for (const char *language : {"en", "de", "fr", "es"}) {
+        speak(language);
+        for (int code = -5; code <= 300; ++code) {
+            const std::string text = text_of(code);
+            EXPECT_EQ(text.empty(), code == 0) << language << ' ' << code;
+            if (code != 0) {
+                EXPECT_NE(text, id_of(code)) << language;
+                texts[id_of(code)].insert(text);
+            }
+        }
+    }
+    EXPECT_EQ(texts.size(), ids.size() + 1);
+    for (const auto &[id, translations] : texts)
+        EXPECT_EQ(translations.size(), 4U) << id << " reads the same in two languages, or in two ways in one";
+    EXPECT_EQ(text_of(202), "No se puede iniciar la grabación porque el servicio no está disponible.");
+}
+
+TEST(ErrorTexts, AreTheirIdsInTheLocaleOfC)
+{
+    setenv("LANGUAGE", "de", 1);
+    ASSERT_NE(setlocale(LC_ALL, "C"), nullptr);
+    EXPECT_EQ(text_of(104), id_of(104));
+}
+
+TEST(ErrorTexts, EndWithTheirBufferAndAreNoFormat)
+{
+    EXPECT_EQ(text_of(104), id_of(104));
+    bindtextdomain(domain, PVR_LONG_TEXT);
+    speak("xx");
+    char text[256];
+    std::memset(text, '#', sizeof text);
+    EXPECT_EQ(svc_pvr_get_err_text(104, 0, text), PS_SUCCESS);
+    const std::string whole = dgettext(domain, "SID_NO_TIME_INFORMATION");
+    ASSERT_GT(whole.size(), 254U);
+    EXPECT_TRUE(whole.starts_with("%s%n%d 100 % %%: "));
+    EXPECT_EQ(text, whole.substr(0, 254));
+    EXPECT_EQ(whole.substr(253, 2), "é") << "the cut splits a character";
+    EXPECT_EQ(text[254], '\0');
+    EXPECT_EQ(text[255], '#');
 }

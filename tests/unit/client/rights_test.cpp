@@ -176,8 +176,8 @@ TEST_F(ViewingRights, ListNoExpiredSections)
     EXPECT_EQ(count, 0);
     EXPECT_EQ(success, 1);
     EXPECT_EQ(sections[0].start_time, untouched);
-    EXPECT_EQ(own_lines(), (Lines{entry(" [file_name:/m/a.srf]"), detail(support_line(1)),
-                                  entry(" [iResult:0] iCount[0]")}));
+    EXPECT_EQ(own_lines(),
+              (Lines{entry(" [file_name:/m/a.srf]"), detail(support_line(1)), entry(" [iResult:0] iCount[0]")}));
 }
 
 TEST_F(ViewingRights, SayWhenNobodyListsExpiredSections)
