@@ -2,29 +2,34 @@
 // describes one:
 //
 //   [conditional-access]
-//   module=answers                     answers, refuses (every question), throws, or missing
+//   module=answers
 //
-//   [rights *.srf]                     of the recordings whose path matches, * and ? standing for any characters;
-//   parental-blocked=true              the first group that matches counts, and what it leaves out is as it is here
-//   retention-exceeded=false           in the second column:
-//   expired-sections=60-120;300-360    none
-//   thumbnail-type=1                   0
-//   thumbnail-valid=false              true
-//   info-type=2                        0
-//   play-count=3                       0, up to 255
+//   [rights *.srf]
+//   parental-blocked=true
+//   retention-exceeded=true
+//   expired-sections=60-120;300-360
+//   thumbnail-type=1
+//   thumbnail-valid=false
+//   info-type=2
+//   play-count=3
 //
-// The file is read once, at the first question. Parental block and retention limit are false where they are left out,
-// and so they are for a recording that no group matches.
+// The README tells what they mean. The file is read once, at the first question.
 #include <ca_service.h>
 
 #include "key_file.h"
 
 #include <algorithm>
+#include <charconv>
+#include <cstddef>
 #include <cstdio>
 #include <fnmatch.h>
+#include <optional>
+#include <span>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -48,62 +53,85 @@ class Group {
 public:
     Group(GKeyFile *file, const char *name) : file_(file), name_(name) {}
 
+    /// Complains of keys that nobody reads: one that is misspelt would leave a recording unrestricted unnoticed.
+    void expect(std::span<const std::string_view> known) const
+    {
+        gchar **keys = g_key_file_get_keys(file_, name_, nullptr, nullptr);
+        for (gchar **key = keys; key != nullptr && *key != nullptr; ++key)
+            if (std::ranges::find(known, *key) == known.end())
+                complain(*key, "is unknown");
+        g_strfreev(keys);
+    }
+    /// What is written there, without space at its end; nothing when the key is left out.
+    std::optional<std::string> text(const char *key) const
+    {
+        gchar *value = g_key_file_get_value(file_, name_, key, nullptr);
+        if (value == nullptr)
+            return std::nullopt;
+        std::string text = g_strchomp(value);
+        g_free(value);
+        return text;
+    }
     bool flag(const char *key, bool otherwise) const
     {
-        return read(key, otherwise, [](auto... of) { return g_key_file_get_boolean(of...) != FALSE; });
+        const std::optional<std::string> value = text(key);
+        if (value && *value != "true" && *value != "false")
+            complain(key, "takes true or false, not '" + *value + "'");
+        return value == "true" || (value != "false" && otherwise);
     }
     int number(const char *key, int least, int most) const
     {
-        const int value = read(key, 0, [](auto... of) { return g_key_file_get_integer(of...); });
-        if (value >= least && value <= most)
-            return value;
-        complain(key, "is out of range");
+        const std::optional<std::string> value = text(key);
+        if (!value)
+            return 0;
+        if (const std::optional<int> number = number_in(*value); number && *number >= least && *number <= most)
+            return *number;
+        complain(key, "takes a whole number from " + std::to_string(least) + " to " + std::to_string(most) + ", not '" +
+                          *value + "'");
         return 0;
     }
     Sections sections(const char *key) const
     {
         Sections found;
-        gsize count = 0;
-        gchar **texts = g_key_file_get_string_list(file_, name_, key, &count, nullptr);
-        for (gsize i = 0; i < count; ++i) {
-            int start = 0;
-            int end = 0;
-            char rest = '\0';
-            if (std::sscanf(texts[i], "%d-%d%c", &start, &end, &rest) == 2)
-                found.emplace_back(start, end);
+        std::istringstream list(text(key).value_or(""));
+        for (std::string section; std::getline(list, section, ';');) {
+            const std::size_t dash = std::min(section.find('-'), section.size());
+            const std::optional<int> start = number_in(section.substr(0, dash));
+            const std::optional<int> end = number_in(section.substr(std::min(dash + 1, section.size())));
+            if (start && end && *start >= 0 && *start <= *end)
+                found.emplace_back(*start, *end);
             else
-                complain(key, "takes START-END;START-END");
+                complain(key, "takes START-END;START-END in whole seconds, not '" + section + "'");
         }
-        g_strfreev(texts);
         return found;
+    }
+    void complain(const char *key, const std::string &why) const
+    {
+        std::fprintf(stderr, "PVR_PLATFORM_CONFIG: [%s] %s: %s\n", name_, key, why.c_str());
     }
 
 private:
-    template <typename T, typename Read>
-    T read(const char *key, T otherwise, Read read_key) const
+    static std::optional<int> number_in(const std::string &text)
     {
-        GError *error = nullptr;
-        const T value = read_key(file_, name_, key, &error);
-        if (error == nullptr)
-            return value;
-        if (!g_error_matches(error, G_KEY_FILE_ERROR, G_KEY_FILE_ERROR_KEY_NOT_FOUND))
-            complain(key, error->message);
-        g_error_free(error);
-        return otherwise;
-    }
-    void complain(const char *key, const char *why) const
-    {
-        std::fprintf(stderr, "PVR_PLATFORM_CONFIG: [%s] %s: %s\n", name_, key, why);
+        int number = 0;
+        const char *const end = text.data() + text.size();
+        const auto [rest, error] = std::from_chars(text.data(), end, number);
+        return rest == end && error == std::errc() ? std::optional(number) : std::nullopt;
     }
 
     GKeyFile *file_;
     const char *name_;
 };
 
-Rights rights_of(const Group &group, std::string pattern)
+constexpr std::string_view rights_keys[] = {"parental-blocked", "retention-exceeded", "expired-sections",
+                                            "thumbnail-type",   "thumbnail-valid",    "info-type",
+                                            "play-count"};
+
+Rights rights_of(const Group &group, const std::string &pattern)
 {
+    group.expect(rights_keys);
     Rights rights;
-    rights.pattern = std::move(pattern);
+    rights.pattern = pattern;
     rights.parental_blocked = group.flag("parental-blocked", rights.parental_blocked);
     rights.retention_exceeded = group.flag("retention-exceeded", rights.retention_exceeded);
     rights.expired = group.sections("expired-sections");
@@ -116,39 +144,54 @@ Rights rights_of(const Group &group, std::string pattern)
 
 enum class Module { missing, answers, refuses, throws };
 
+constexpr std::string_view module_keys[] = {"module"};
+
 /// What the key file describes.
 struct Description {
     Module module = Module::missing;
     std::vector<Rights> groups;
 };
 
-Module module_named(const std::string &name)
+Module module_of(const Group &group)
 {
     constexpr std::pair<const char *, Module> names[] = {{"missing", Module::missing},
                                                          {"answers", Module::answers},
                                                          {"refuses", Module::refuses},
                                                          {"throws", Module::throws}};
+    group.expect(module_keys);
+    const std::optional<std::string> name = group.text("module");
+    if (!name)
+        return Module::missing;
     for (const auto &[known, module] : names)
-        if (name == known)
+        if (*name == known)
             return module;
-    std::fprintf(stderr, "PVR_PLATFORM_CONFIG: module is missing, answers, refuses or throws, not '%s'\n", name.c_str());
+    group.complain("module", "is missing, answers, refuses or throws, not '" + *name + "'");
     return Module::missing;
+}
+
+/// The pattern of a group "rights PATTERN"; nothing for any other group.
+std::optional<std::string> pattern_of(std::string_view group)
+{
+    constexpr std::string_view of_rights = "rights ";
+    if (!group.starts_with(of_rights))
+        return std::nullopt;
+    const std::size_t first = group.find_first_not_of(' ', of_rights.size());
+    if (first == std::string_view::npos)
+        return std::nullopt;
+    return std::string(group.substr(first, group.find_last_not_of(' ') + 1 - first));
 }
 
 Description load()
 {
-    constexpr std::string_view of_rights = "rights ";
     Description description;
-    const platform::KeyFile file = platform::key_file();
-    if (gchar *name = g_key_file_get_string(file.get(), "conditional-access", "module", nullptr)) {
-        description.module = module_named(name);
-        g_free(name);
-    }
-    gchar **names = g_key_file_get_groups(file.get(), nullptr);
+    GKeyFile *const file = platform::key_file();
+    description.module = module_of(Group(file, "conditional-access"));
+    gchar **names = g_key_file_get_groups(file, nullptr);
     for (gchar **name = names; *name != nullptr; ++name)
-        if (const std::string_view text = *name; text.starts_with(of_rights))
-            description.groups.push_back(
-                rights_of(Group(file.get(), *name), std::string(text.substr(of_rights.size()))));
+        if (const std::optional<std::string> pattern = pattern_of(*name))
+            description.groups.push_back(rights_of(Group(file, *name), *pattern));
+        else if (std::string_view(*name).starts_with("rights"))
+            std::fprintf(stderr, "PVR_PLATFORM_CONFIG: [%s]: rights are of a pattern, as in [rights *.srf]\n", *name);
     g_strfreev(names);
     return description;
 }
@@ -205,7 +248,7 @@ private:
     {
         static const Rights unrestricted;
         const auto found = std::find_if(description_.groups.begin(), description_.groups.end(), [&](const Rights &one) {
-            return fnmatch(one.pattern.c_str(), path.c_str(), 0) == 0;
+            return fnmatch(one.pattern.c_str(), path.c_str(), FNM_NOESCAPE) == 0;
         });
         return found != description_.groups.end() ? *found : unrestricted;
     }

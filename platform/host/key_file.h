@@ -14,8 +14,8 @@ struct FreeKeyFile {
 };
 using KeyFile = std::unique_ptr<GKeyFile, FreeKeyFile>;
 
-/// The file; empty when there is none, or, after a complaint, when it cannot be read.
-inline KeyFile key_file()
+/// Reads the file; it is empty when there is none, or, after a complaint, when it cannot be read.
+inline KeyFile read_key_file()
 {
     KeyFile file(g_key_file_new());
     const char *path = std::getenv("PVR_PLATFORM_CONFIG");
@@ -27,6 +27,13 @@ inline KeyFile key_file()
         g_error_free(error);
         file.reset(g_key_file_new());
     }
+    return file;
+}
+
+/// The file as it was at the first question, so that nothing is complained of twice.
+inline GKeyFile *key_file()
+{
+    static GKeyFile *const file = read_key_file().release(); // threads may outlive static destructors
     return file;
 }
 

@@ -71,7 +71,7 @@ Product load()
     const platform::KeyFile usual(g_key_file_new());
     g_key_file_load_from_data(usual.get(), defaults, sizeof defaults - 1, G_KEY_FILE_NONE, nullptr);
     take_all(product, usual.get());
-    take_all(product, platform::key_file().get());
+    take_all(product, platform::key_file());
     return product;
 }
 

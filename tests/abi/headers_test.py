@@ -113,8 +113,9 @@ class RecordLayout(unittest.TestCase):
         changed = change(records)
         self.assertNotEqual(changed, records)
         with tempfile.TemporaryDirectory() as folder:
-            pathlib.Path(folder, "pvr_records.h").write_text(changed, encoding="utf-8")
-            for done in self.proved(folder):
+            include = shutil.copytree(OPTIONS.include, pathlib.Path(folder, "include"))
+            (include / "pvr_records.h").write_text(changed, encoding="utf-8")
+            for done in self.proved(include):
                 self.assertNotEqual(done.returncode, 0)
                 self.assertRegex(done.stdout, "static.assert")
 

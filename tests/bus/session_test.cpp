@@ -22,7 +22,7 @@ std::string executable()
 
 std::string pid() { return std::to_string(getpid()); }
 
-const std::string bound_to = "/usr/lib/org.vexan.pvr-service-api/res/locale";
+const std::string bound_to = PVR_CATALOGUES;
 
 std::string catalogue_line(bool is_bound)
 {

@@ -170,7 +170,8 @@ class CommandLine(PvrctlTest):
                 self.assertEqual(re.findall(r"^  (\d)  ", text.partition("Exit codes:\n")[2], re.MULTILINE),
                                  [str(number) for number in range(8)])
                 for example in re.findall(r"^  pvrctl (.+)$", text.partition("Examples:\n")[2], re.MULTILINE):
-                    self.assertIn(self.run_pvrctl(*example.split())[0], (NOT_RUNNING, NOT_FOUND), example)
+                    code = self.run_pvrctl(*example.split())[0]
+                    self.assertIn(code, [DONE] if "error-text" in example else [NOT_RUNNING, NOT_FOUND], example)
                     self.assertEqual(example.split()[:len(command)], list(command))
 
     def test_what_is_wrong_is_told(self):
@@ -221,6 +222,17 @@ class CommandLine(PvrctlTest):
                 (["file", "mkdir", "films", "--mode", ""], "--mode: '' is no"),
                 (["file", "mkdir", "films", "--mode", "-1"], "--mode: '-1' is no octal number"),
                 (["file", "mkdir", "films", "--mode", "7" * 12], "is not between 0 and 2147483647"),
+                (["rights"], "FILE is required"),
+                (["rights", "first.srf", "--position", "x"], "--position: 'x' is no whole number"),
+                (["rights", "first.srf", "--position", 2147483648], f"--position: '2147483648' {wide}"),
+                (["error-text"], "takes one of CODE and --all"),
+                (["error-text", 257, "--all"], "takes one of CODE and --all"),
+                (["error-text", "x"], "CODE: 'x' is no whole number"),
+                (["error-text", 2147483648], f"CODE: '2147483648' {wide}"),
+                (["error-text", "--all", "--all=x"], "--all"),
+                (["error-text", 257, "--lang"], "--lang"),
+                *((["error-text", 257, "--lang", name], f"--lang: '{name}' is no name of a language")
+                  for name in ("", "de:en", "../de", "/de", "d e", "ä", "*")),
                 (["play", "stop"], "takes one of HANDLE, --all and --file"),
                 (["play", "stop", 3, "--all"], "takes one of HANDLE, --all and --file"),
                 (["status", "--quiet"], "--json excludes --quiet")]:

@@ -66,6 +66,8 @@ void add_file(Commands &commands);
 void add_inf(Commands &commands);
 void add_sas(Commands &commands);
 void add_thumb(Commands &commands);
+void add_rights(Commands &commands);
+void add_error_text(Commands &commands);
 void add_status(Commands &commands);
 void add_monitor(Commands &commands);
 

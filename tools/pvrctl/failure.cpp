@@ -14,7 +14,7 @@ std::span<const ExitCodeText> exit_codes()
         ExitCodeText{ExitCode::not_running, "not-running", "the service is not running, or there is no bus"},
         ExitCodeText{ExitCode::not_recording, "not-recording", "the product or its service does not record"},
         ExitCodeText{ExitCode::not_found, "not-found",
-                     "not found: a file, a channel, a device, a recording or a value"},
+                     "not found: a file, a channel, a device, a recording, a value, a language"},
         ExitCodeText{ExitCode::refused, "refused", "the service refused"},
     };
     return table;

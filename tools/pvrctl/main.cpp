@@ -93,6 +93,8 @@ ExitCode run(Output &output, int argc, char **argv)
     add_inf(commands);
     add_sas(commands);
     add_thumb(commands);
+    add_rights(commands);
+    add_error_text(commands);
     add_status(commands);
     add_monitor(commands);
 

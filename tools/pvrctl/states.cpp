@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <pvr_events.h>
+#include <pvr_rights.h>
 #include <span>
 
 namespace pvrctl {
@@ -60,6 +61,12 @@ constexpr std::array record_types{
     State{PS_RECORD_TYPE_COMPOSITE, "PS_RECORD_TYPE_COMPOSITE", "composite recording"},
 };
 
+constexpr std::array standards{
+    State{PVR_DTV_ATSC, "PVR_DTV_ATSC", "ATSC"},
+    State{PVR_DTV_DVB, "PVR_DTV_DVB", "DVB"},
+    State{PVR_DTV_DVB_ISDB, "PVR_DTV_DVB_ISDB", "DVB and ISDB"},
+};
+
 Json as_json(std::span<const State> states, int code)
 {
     const auto state = std::ranges::find(states, code, &State::code);
@@ -82,6 +89,8 @@ std::string play_state_text(int code) { return as_text(play_states, code, "state
 std::string record_state_text(int code) { return as_text(record_states, code, "state"); }
 Json record_type_json(int code) { return as_json(record_types, code); }
 std::string record_type_text(int code) { return as_text(record_types, code, "type"); }
+Json standard_json(int code) { return as_json(standards, code); }
+std::string standard_text(int code) { return as_text(standards, code, "standard"); }
 
 Json answer_json(int answer) { return answer == 0 || answer == 1 ? Json(answer == 1) : Json(answer); }
 
