@@ -56,8 +56,8 @@ def build_for_device(work):
             pathlib.Path(OPTIONS.source, "platform/include"), HERE / "dummy_platform" / source, "-o", work / name)
     configure(work / "build", "-DPVR_PLATFORM=device", f"-DPVR_PLATFORM_LIBRARIES={';'.join(libraries)}",
               f"-DCMAKE_INSTALL_LIBDIR={MULTIARCH}")
-    run(OPTIONS.cmake, "--build", work / "build", "--parallel", "2", "--target", "pvr-service-api")
-    return work / "build/src/libpvr-service-api.so"
+    run(OPTIONS.cmake, "--build", work / "build", "--parallel", "2", "--target", "pvr-service-api-installed")
+    return work / "build/src/installed/libpvr-service-api.so"
 
 
 def undefined_symbols(library):
