@@ -68,7 +68,8 @@ def stripped_size(library):
 
 
 def interval_of_median(values):
-    """The 95 % interval that the order statistics give, whatever the distribution."""
+    """The 95 % interval that the order statistics give, whatever the distribution; of fewer than six values all of
+    them."""
     ordered = sorted(values)
     count = len(ordered)
     if count == 1:
@@ -80,6 +81,7 @@ def interval_of_median(values):
         below += exactly
         exactly = exactly * (count - rank) // (rank + 1)
         rank += 1
+    rank = max(rank, 1)
     return ordered[rank - 1], ordered[count - rank]
 
 
