@@ -1,6 +1,5 @@
 #include "callers.h"
 
-#include "pvr_gdbus_generated.h"
 #include "pvr_service_api.h"
 
 #include <stdexcept>
@@ -28,12 +27,9 @@ bool bare_play_start(GDBusProxy *proxy) noexcept
 
 pvr::OwnedProxy make_bare_proxy() noexcept
 {
-    pvr::OwnedProxy proxy(g_dbus_proxy_new_for_bus_sync(G_BUS_TYPE_SYSTEM, G_DBUS_PROXY_FLAGS_NONE, nullptr,
-                                                        "org.vexan.tv.pvr.server", "/org/vexan/tv/pvr",
-                                                        "org.vexan.tv.pvr", nullptr, nullptr));
-    if (proxy)
-        g_dbus_proxy_set_interface_info(proxy.get(), org_vexan_tv_pvr_interface_info());
-    return proxy;
+    return pvr::OwnedProxy(g_dbus_proxy_new_for_bus_sync(G_BUS_TYPE_SYSTEM, G_DBUS_PROXY_FLAGS_NONE, nullptr,
+                                                         "org.vexan.tv.pvr.server", "/org/vexan/tv/pvr",
+                                                         "org.vexan.tv.pvr", nullptr, nullptr));
 }
 
 Callers::Callers() : connection_(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, nullptr))

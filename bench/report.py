@@ -55,7 +55,8 @@ def series(results):
     """One value per round for each subject: times in ns, counts as they are."""
     values = collections.defaultdict(dict)
     for run_ in results["benchmarks"]:
-        value = next((run_[name] for name in ("allocations", "bytes", "cpu_ns", "elapsed_ns") if name in run_), run_["real_time"])
+        counters = ("allocations", "bytes", "cpu_ns", "elapsed_ns")
+        value = next((run_[name] for name in counters if name in run_), run_["real_time"])
         values[run_["name"]][run_["repetition_index"]] = value
     return {name: [of_round[index] for index in sorted(of_round)] for name, of_round in values.items()}
 

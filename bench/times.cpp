@@ -94,8 +94,7 @@ Group log_lines()
 }
 
 /// From no session to a session and back. The connection to the bus is there before and after, in
-/// both subjects, so that it does not hide what the library adds to the proxy. No other proxy is
-/// there: GDBus indexes the interface's methods for the first one and forgets them with the last.
+/// both subjects, so that it does not hide what the library adds to the proxy. No other proxy is there.
 Group sessions(Callers &callers)
 {
     const auto prepare = [&callers] {
