@@ -59,6 +59,9 @@ Control::Control(Service &service, const Log &log, std::function<void()> on_bus_
     connect(object_.get(), this, CONTROL_METHOD(clear_faults), &Control::clear_faults);
     connect(object_.get(), this, CONTROL_METHOD(tune), &Control::tune);
     connect(object_.get(), this, CONTROL_METHOD(set_date), &Control::set_date);
+    connect(object_.get(), this, CONTROL_METHOD(step), &Control::step);
+    connect(object_.get(), this, CONTROL_METHOD(schedule_recording), &Control::schedule_recording);
+    connect(object_.get(), this, CONTROL_METHOD(cancel_recording), &Control::cancel_recording);
     connect(object_.get(), this, CONTROL_METHOD(vanish), &Control::vanish);
     connect(object_.get(), this, CONTROL_METHOD(return ), &Control::come_back);
 

@@ -43,6 +43,9 @@ private:
     Done clear_faults();
     Done tune(guint64 service_id);
     Done set_date(gboolean is_set);
+    Done step(guint64 seconds);
+    Answer<guint> schedule_recording(guint64 service_id, guint64 in_seconds, guint64 duration);
+    Done cancel_recording(guint id);
     Done vanish(guint milliseconds);
     Done come_back();
 

@@ -9,8 +9,9 @@
 #include <utility>
 
 namespace simulator {
-Devices::Devices(std::vector<DeviceDescription> descriptions, Clock clock, SpaceOf space_of, Observer observer)
-    : clock_(std::move(clock)), space_of_(std::move(space_of)), observer_(std::move(observer))
+Devices::Devices(std::vector<DeviceDescription> descriptions, Clock clock, SpaceOf space_of, Observer observer,
+                 Pace pace)
+    : clock_(std::move(clock)), space_of_(std::move(space_of)), observer_(std::move(observer)), pace_(std::move(pace))
 {
     for (DeviceDescription &description : descriptions)
         devices_.push_back({.description = std::move(description)});
@@ -188,7 +189,7 @@ void Devices::advance()
 
 void Devices::look()
 {
-    next_look_ = clock_() + look_interval;
+    next_look_ = clock_() + pace_(look_interval);
     for (Device &device : devices_) {
         const bool is_there = is_folder(device.mount_path());
         if (is_there && !device.is_there()) {

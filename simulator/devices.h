@@ -65,7 +65,8 @@ public:
         const std::string &mount_path() const { return description.folder; }
     };
 
-    Devices(std::vector<DeviceDescription> descriptions, Clock clock, SpaceOf space_of, Observer observer);
+    Devices(std::vector<DeviceDescription> descriptions, Clock clock, SpaceOf space_of, Observer observer,
+            Pace pace = usual_pace);
 
     /// In the order of their descriptions.
     std::vector<int> all() const;
@@ -117,6 +118,7 @@ private:
     Clock clock_;
     SpaceOf space_of_;
     Observer observer_;
+    Pace pace_;
     Handles handles_;
     std::string chosen_; ///< its name
     Microseconds next_look_{0};

@@ -58,7 +58,7 @@ std::tuple<int, gint64, gint64, int> HandleMethods::get_progress(int handle)
     if (const std::optional<Progress> progress = set_.player.progress(handle))
         return {progress->state, progress->relative_second, progress->absolute_second, done};
     if (const RunningRecording *recording = set_.recorder.on_handle(handle))
-        return {PS_RECORD_STATE_REC, set_.recorder.seconds(*recording), g_get_real_time() / G_USEC_PER_SEC, done};
+        return {PS_RECORD_STATE_REC, set_.recorder.seconds(*recording), gint64{set_.clock.wall_seconds()}, done};
     return {0, 0, 0, refused_result};
 }
 

@@ -19,6 +19,7 @@ enum IncompleteReason : std::uint16_t {
     device_was_full = 1,
     device_failed = 2,
     source_failed = 3,
+    was_cut_off = 4, ///< the service itself was ended
 };
 
 /// The path with another extension, which has three letters as the old one.

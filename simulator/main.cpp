@@ -6,7 +6,10 @@
 #include "source_options.h"
 
 #include <CLI/CLI.hpp>
+#include <chrono>
+#include <cmath>
 #include <csignal>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <glib-unix.h>
@@ -24,6 +27,8 @@ constexpr int success = 0;
 constexpr int failure = 1;
 constexpr int wrong_usage = 2;
 constexpr int most_tuners = 8;
+constexpr std::int64_t shortest_timeshift = 10; ///< seconds
+constexpr std::int64_t longest_timeshift = 24 * 60 * 60;
 
 /// Runs the default main context until it is told how the program ends.
 class MainLoop {
@@ -80,7 +85,9 @@ int serve(const Log &log, Equipment equipment)
         service.appear();
         const Control control(service, log, on_bus_lost);
         std::cout << "ready" << std::endl;
-        return loop.run();
+        const int status = loop.run();
+        service.stop();
+        return status;
     } catch (const std::runtime_error &error) {
         return complain(error.what());
     }
@@ -117,6 +124,19 @@ int main(int count, char **arguments)
     app.add_option("--tuners", equipment.tuners, "How many channels can be received at the same time")
         ->capture_default_str()
         ->check(CLI::Range(1, most_tuners));
+    std::vector<std::string> bit_rates;
+    app.add_option("--bit-rate", bit_rates,
+                   "How many bits per second a channel broadcasts, ID=NUMBER. Given again: another channel")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    std::int64_t timeshift = whole_seconds(equipment.longest_timeshift);
+    app.add_option("--timeshift", timeshift, "How many seconds a timeshift holds; what comes before them is given up")
+        ->capture_default_str()
+        ->check(CLI::Range(shortest_timeshift, longest_timeshift));
+    app.add_option("--speed", equipment.speed,
+                   "How fast time passes: at 60 an hour lasts a minute, for all that is recorded and played")
+        ->capture_default_str()
+        ->check(CLI::Range(VirtualClock::slowest, VirtualClock::fastest));
     app.set_version_flag("--version", PVR_VERSION);
     try {
         app.parse(count, arguments);
@@ -126,6 +146,7 @@ int main(int count, char **arguments)
 
     // Whoever reads the log may leave; the service stays.
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN); // a file that may not become larger is told of as an error
     std::setvbuf(stderr, nullptr, _IOLBF, BUFSIZ);
     try {
         const char *sandbox = std::getenv("PVR_SANDBOX");
@@ -134,6 +155,10 @@ int main(int count, char **arguments)
         equipment.devices =
             is_in_sandbox && !are_given ? sandbox_devices(sandbox) : described_devices(devices, slow_devices);
         equipment.sources = described_sources(sources);
+        equipment.bit_rates = described_bit_rates(bit_rates);
+        equipment.longest_timeshift = std::chrono::seconds(timeshift);
+        if (std::isnan(equipment.speed)) // which is in no range, and passes all the same
+            throw std::invalid_argument("--speed is a number");
         return serve(Log(is_quiet), std::move(equipment));
     } catch (const std::invalid_argument &error) {
         complain(error.what());

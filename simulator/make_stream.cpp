@@ -8,7 +8,6 @@
 namespace {
 
 constexpr int wrong_usage = 2;
-constexpr int highest_bit_rate = 50'000'000;
 
 } // namespace
 
@@ -23,7 +22,7 @@ int main(int count, char **arguments)
         ->check(CLI::Range(1, simulator::longest_programme));
     app.add_option("--bit-rate", bit_rate, "Of the whole stream, in bits per second")
         ->capture_default_str()
-        ->check(CLI::Range(simulator::TestProgramme::lowest_bit_rate, highest_bit_rate));
+        ->check(CLI::Range(simulator::TestProgramme::lowest_bit_rate, simulator::TestProgramme::highest_bit_rate));
     app.add_option("FILE", path, "The file to write, in place of one of the same name")->required();
     app.set_version_flag("--version", PVR_VERSION);
     try {

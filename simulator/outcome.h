@@ -11,6 +11,9 @@ namespace simulator {
 
 /// Tells the time, from any origin.
 using Clock = std::function<Microseconds()>;
+/// How long something waits that usually recurs after this time.
+using Pace = std::function<Microseconds(Microseconds usual)>;
+inline Microseconds usual_pace(Microseconds usual) { return usual; }
 
 constexpr int done = 0;
 constexpr int refused_result = -2;

@@ -71,6 +71,13 @@ void Playback::move_to(Microseconds position, Microseconds now)
     since_ = now;
 }
 
+void Playback::lose_beginning(Microseconds lost, Microseconds now)
+{
+    const Microseconds left = position(now) - lost;
+    length_ = std::max(length_ - lost, Microseconds::zero());
+    move_to(left, now);
+}
+
 void Playback::step(Microseconds now)
 {
     change_to(PLAY_STATE_FRAME_STEP, now);

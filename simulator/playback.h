@@ -6,12 +6,15 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdint>
 #include <optional>
 
 namespace simulator {
 
 /// A moment or a span. Moments count from any origin; all that meet must share it.
 using Microseconds = std::chrono::microseconds;
+
+inline std::int64_t whole_seconds(Microseconds time) { return std::chrono::floor<std::chrono::seconds>(time).count(); }
 
 /// The state of winding forward or back at a type of 1 to 10; nothing for any other type. 1 to 7 double the
 /// speed each time, from 2 to 128 times; 8, 9 and 10 are slow motion at a half, a quarter and an eighth.
@@ -37,6 +40,8 @@ public:
     void move_to(Microseconds position, Microseconds now);
     /// The recording has become longer.
     void extend_to(Microseconds length) { length_ = std::max(length_, length); }
+    /// The recording has become shorter at its beginning, from which positions count. One that is gone becomes 0.
+    void lose_beginning(Microseconds lost, Microseconds now);
     /// Stands still one frame further on.
     void step(Microseconds now);
 

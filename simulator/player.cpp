@@ -22,8 +22,6 @@ constexpr Skip skips[] = {
     }},
 };
 
-std::int64_t whole_seconds(Microseconds time) { return std::chrono::floor<std::chrono::seconds>(time).count(); }
-
 } // namespace
 
 Player::Player(Handles &handles, Clock clock, Opener opener, Growth growth, Observer observer)
@@ -77,8 +75,9 @@ Outcome Player::start(int handle, const std::string &uri, int start_second)
     const Microseconds now = clock_();
     const Playback playback(recording->length, std::chrono::seconds(start_second), now);
     observer_({.kind = PlaybackEvent::will_start, .handle = handle, .position = playback.position(now), .uri = uri});
-    current_ = {handle, uri, std::move(*recording), playback};
-    follow_growth();
+    const std::optional<Extent> extent = growth_(recording->path);
+    current_ = {
+        handle, uri, std::move(*recording), playback, extent.has_value(), extent ? extent->given_up : Microseconds(0)};
     if (!was_playing)
         observer_({.kind = PlaybackEvent::became_busy, .result = 1});
     tell_answered(PS_PLAY_START, handle, state(), 0);
@@ -227,14 +226,17 @@ void Player::follow_growth()
 {
     if (!current_)
         return;
-    const std::optional<Microseconds> length = growth_(current_->recording.path);
-    current_->is_growing = length.has_value();
-    if (!length)
+    const std::optional<Extent> extent = growth_(current_->recording.path);
+    current_->is_growing = extent.has_value();
+    if (!extent)
         return;
+    const Microseconds lost = extent->given_up - std::exchange(current_->given_up, extent->given_up);
     Recording &recording = current_->recording;
-    recording.ended += *length - recording.length;
-    recording.length = *length;
-    current_->playback.extend_to(*length);
+    recording.ended += extent->length + lost - recording.length;
+    recording.length = extent->length;
+    current_->playback.extend_to(extent->length + lost);
+    if (lost != Microseconds::zero())
+        current_->playback.lose_beginning(lost, clock_());
 }
 
 void Player::advance()

@@ -47,11 +47,17 @@ struct Progress {
     std::int64_t absolute_second; ///< that moment of the recording, in seconds since 1970 UTC
 };
 
+/// What there is of a file that is still being written.
+struct Extent {
+    Microseconds length;
+    Microseconds given_up{0}; ///< what it had before that, and has no longer
+};
+
 class Player {
 public:
     using Opener = std::function<Recording(const std::string &uri)>; ///< throws Unplayable
-    /// How long a file is by now that is still being written; nothing for any other.
-    using Growth = std::function<std::optional<Microseconds>(const std::string &path)>;
+    /// What there is by now of a file that is still being written; nothing for any other.
+    using Growth = std::function<std::optional<Extent>(const std::string &path)>;
     using Observer = std::function<void(const PlaybackEvent &)>;
 
     Player(Handles &handles, Clock clock, Opener opener, Growth growth, Observer observer);
@@ -96,7 +102,8 @@ private:
         std::string uri;
         Recording recording;
         Playback playback;
-        bool is_growing = false;
+        bool is_growing;
+        Microseconds given_up; ///< of the file, as far as is known
     };
 
     /// Runs a command on the playback of a handle, and tells the observer what became of it.

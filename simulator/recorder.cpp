@@ -3,7 +3,6 @@
 #include "recording_name.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdio>
 #include <iterator>
 #include <set>
@@ -11,33 +10,6 @@
 #include <utility>
 
 namespace simulator {
-namespace {
-
-constexpr char timeshift_file[] = "/timeshift.tmp";
-
-std::int64_t bytes_in(Microseconds time, int bits_per_second)
-{
-    constexpr std::int64_t bits_per_byte = 8;
-    constexpr std::int64_t second = Microseconds::period::den;
-    const std::int64_t seconds = time.count() / second;
-    return seconds * bits_per_second / bits_per_byte +
-           time.count() % second * bits_per_second / (bits_per_byte * second);
-}
-
-/// What the error of a file means for whoever wants to record.
-int code_of(const std::error_code &error)
-{
-    return error == std::errc::no_space_on_device || error.value() == EDQUOT ? no_space : device_has_problem;
-}
-
-template <typename List, typename Condition>
-const RunningRecording *first(const List &list, Condition condition)
-{
-    const auto found = std::find_if(list.begin(), list.end(), condition);
-    return found == list.end() ? nullptr : &*found;
-}
-
-} // namespace
 
 Recorder::Recorder(Surroundings surroundings, int tuners, Observer observer)
     : set_(std::move(surroundings)), tuners_(tuners), observer_(std::move(observer))
@@ -136,7 +108,7 @@ Outcome Recorder::start(std::optional<int> handle, std::uint64_t service_id, ps_
 
     const RunningRecording &recording = running_.back();
     if (running_.size() == 1) {
-        next_growth_ = recording.began + interval;
+        next_growth_ = recording.began + set_.pace(interval);
         observer_({.kind = RecordingEvent::became_busy});
     }
     RecordingEvent coming = event(RecordingEvent::will_start, recording);
@@ -173,7 +145,7 @@ Outcome Recorder::refuse(RecordingEvent event, int code)
 
 std::optional<std::int64_t> Recorder::known_time() const
 {
-    return set_.channels.is_date_set() ? std::optional(set_.wall_clock()) : std::nullopt;
+    return set_.channels.is_date_set() ? std::optional(whole_seconds(set_.wall_clock())) : std::nullopt;
 }
 
 Outcome Recorder::stop(int handle, ps_method_e method)
@@ -234,7 +206,17 @@ Outcome Recorder::switch_to_record(int handle)
         return refuse(refusal, already_recorded);
     try {
         const std::string &path = shift->file.path();
-        shift->file.move_to(new_recording_path(path.substr(0, path.rfind('/')), channel->name, known_time()));
+        const Microseconds lost = given_up(*shift);
+        // What there still is becomes the whole recording.
+        if (lost != Microseconds::zero())
+            change_info(shift->file.info_path(), [&](pvr_file_info_s &info) {
+                if (set_.channels.is_date_set())
+                    info.start_time = static_cast<std::uint32_t>(whole_seconds(set_.wall_clock() - length(*shift)));
+            });
+        shift->file.move_to(new_recording_path(path.substr(0, path.rfind('/')), channel->name, known_time()),
+                            bytes_in(lost, shift->bits_per_second));
+        shift->began += lost;
+        shift->duration -= shift->duration == 0 ? 0 : static_cast<int>(whole_seconds(lost));
     } catch (const std::system_error &error) {
         return refuse(refusal, file_cannot_be_made);
     }
@@ -257,7 +239,7 @@ Outcome Recorder::set_duration(const RunningRecording *recording, int duration)
 {
     if (recording == nullptr)
         return refused("nothing is recorded there");
-    if (duration < 0 || (duration > 0 && duration <= seconds(*recording)))
+    if (duration < 0 || (duration > 0 && duration <= whole_seconds(lasted(*recording))))
         return refused("it has lasted longer already");
     place(recording->handle)->duration = duration;
     RecordingEvent report = event(RecordingEvent::duration_set, *recording);
@@ -266,97 +248,10 @@ Outcome Recorder::set_duration(const RunningRecording *recording, int duration)
     return {};
 }
 
-std::vector<const RunningRecording *> Recorder::running() const
-{
-    std::vector<const RunningRecording *> list;
-    for (const bool are_timeshifts : {false, true})
-        for (const RunningRecording &recording : running_)
-            if (recording.is_timeshift() == are_timeshifts)
-                list.push_back(&recording);
-    return list;
-}
-
 Recorder::Place Recorder::place(int handle)
 {
     return std::find_if(running_.begin(), running_.end(),
                         [&](const RunningRecording &recording) { return recording.handle == handle; });
-}
-
-const RunningRecording *Recorder::on_handle(int handle) const
-{
-    return first(running_, [&](const RunningRecording &recording) { return recording.handle == handle; });
-}
-
-const RunningRecording *Recorder::recording_of(std::uint64_t service_id) const
-{
-    return first(running_, [&](const RunningRecording &recording) {
-        return recording.service_id == service_id && !recording.is_timeshift();
-    });
-}
-
-const RunningRecording *Recorder::timeshift_of(std::uint64_t service_id) const
-{
-    return first(running_, [&](const RunningRecording &recording) {
-        return recording.service_id == service_id && recording.is_timeshift();
-    });
-}
-
-const RunningRecording *Recorder::either_of(std::uint64_t service_id) const
-{
-    const RunningRecording *recording = recording_of(service_id);
-    return recording != nullptr ? recording : timeshift_of(service_id);
-}
-
-const RunningRecording *Recorder::writing(const std::string &path) const
-{
-    return first(running_, [&](const RunningRecording &recording) { return recording.file.path() == path; });
-}
-
-const RunningRecording *Recorder::newest() const
-{
-    const RunningRecording *newest = nullptr;
-    for (const RunningRecording &recording : running_)
-        if (!recording.is_timeshift())
-            newest = &recording;
-    return newest;
-}
-
-bool Recorder::is_writing_to(int device) const
-{
-    return first(running_, [&](const RunningRecording &recording) { return recording.device == device; }) != nullptr;
-}
-
-Microseconds Recorder::length(const RunningRecording &recording) const
-{
-    const Microseconds length = set_.clock() - recording.began;
-    return recording.duration == 0 ? length : std::min<Microseconds>(length, std::chrono::seconds(recording.duration));
-}
-
-int Recorder::seconds(const RunningRecording &recording) const
-{
-    return static_cast<int>(std::chrono::floor<std::chrono::seconds>(length(recording)).count());
-}
-
-std::vector<std::uint64_t> Recorder::channels() const
-{
-    std::set<std::uint64_t> ids;
-    for (const RunningRecording &recording : running_)
-        ids.insert(recording.service_id);
-    return {ids.begin(), ids.end()};
-}
-
-bool Recorder::can_receive(std::uint64_t service_id) const
-{
-    std::vector<std::uint64_t> ids = channels();
-    if (std::find(ids.begin(), ids.end(), service_id) == ids.end())
-        ids.push_back(service_id);
-    return ids.size() <= static_cast<std::size_t>(tuners_);
-}
-
-bool Recorder::is_last_complete(std::uint64_t service_id) const
-{
-    const auto found = complete_.find(service_id);
-    return found != complete_.end() && found->second;
 }
 
 std::vector<std::string> Recorder::take_segments(std::uint64_t service_id)
@@ -366,116 +261,6 @@ std::vector<std::string> Recorder::take_segments(std::uint64_t service_id)
     std::transform(begin, end, std::back_inserter(paths), [](const auto &segment) { return segment.second; });
     segments_.erase(begin, end);
     return paths;
-}
-
-std::optional<Microseconds> Recorder::due() const
-{
-    if (running_.empty())
-        return std::nullopt;
-    Microseconds moment = next_growth_;
-    for (const RunningRecording &recording : running_)
-        if (recording.duration != 0)
-            moment = std::min<Microseconds>(moment, recording.began + std::chrono::seconds(recording.duration));
-    return moment;
-}
-
-void Recorder::advance()
-{
-    if (const auto moment = due(); !moment || *moment > set_.clock())
-        return;
-    next_growth_ = set_.clock() + interval;
-    for (auto recording = running_.begin(); recording != running_.end();) {
-        const Place one = recording++; // it may end
-        grow(one);
-    }
-}
-
-void Recorder::grow(Place recording)
-{
-    const Microseconds now = length(*recording);
-    try {
-        if (!recording->file.grow(*recording->source, bytes_in(now, recording->bits_per_second))) {
-            next_growth_ = set_.clock(); // it was held up
-            return;
-        }
-    } catch (const SourceFailure &) {
-        return fail(recording, source_is_unreadable, source_failed);
-    } catch (const std::system_error &error) {
-        const int code = code_of(error.code());
-        return fail(recording, code, code == no_space ? device_was_full : device_failed);
-    }
-    warn(*recording);
-    if (recording->duration != 0 && now >= std::chrono::seconds(recording->duration))
-        end(recording, is_whole, [&] {
-            RecordingEvent report = event(RecordingEvent::answered, *recording);
-            report.method = PS_RECORD_STOP;
-            return report;
-        }());
-}
-
-void Recorder::warn(RunningRecording &recording)
-{
-    const bool is_nearly_full = set_.devices.space(recording.device).available < Devices::least_space;
-    if (is_nearly_full && !recording.is_warned)
-        answer(PS_RECORD_DISK_LESS_FIFTY, recording);
-    recording.is_warned = is_nearly_full;
-}
-
-void Recorder::fail(Place recording, int code, IncompleteReason reason)
-{
-    RecordingEvent failure = event(RecordingEvent::failed, *recording);
-    failure.result = code;
-    observer_(failure);
-    RecordingEvent report = event(RecordingEvent::answered, *recording);
-    report.method = PS_RECORD_EXCEPTION;
-    report.result = code;
-    end(recording, reason, report);
-}
-
-void Recorder::end(Place recording, IncompleteReason reason, std::optional<RecordingEvent> report)
-{
-    observer_(event(RecordingEvent::will_finish, *recording));
-    const Microseconds length = this->length(*recording);
-    try {
-        if (reason == is_whole)
-            recording->file.grow(*recording->source, bytes_in(length, recording->bits_per_second));
-    } catch (const std::runtime_error &) {
-        // The last bit of a stream that ends anyway.
-    }
-    // Out of the list first: whoever is told of the end finds it ended.
-    std::list<RunningRecording> ended;
-    ended.splice(ended.begin(), running_, recording);
-    if (ended.front().is_timeshift()) {
-        ended.front().file.remove();
-    } else {
-        try {
-            ended.front().file.finish(std::chrono::duration_cast<std::chrono::milliseconds>(length).count(), reason);
-        } catch (const std::system_error &) {
-            // The device is gone or full; the recording stays unfinished in its info file.
-            reason = reason == is_whole ? device_failed : reason;
-        }
-        complete_[ended.front().service_id] = reason == is_whole;
-        if (ended.front().type == PS_RECORD_TYPE_SEGMENT)
-            segments_.emplace(ended.front().service_id, ended.front().file.path());
-    }
-
-    RecordingEvent state = event(RecordingEvent::changed, ended.front());
-    state.state = PS_RECORD_STATE_STOP;
-    observer_(state);
-    RecordingEvent measure = event(RecordingEvent::measured, ended.front());
-    measure.seconds = static_cast<int>(std::chrono::floor<std::chrono::seconds>(length).count());
-    observer_(measure);
-    if (report) {
-        report->state = PS_RECORD_STATE_STOP;
-        observer_(*report);
-    }
-    RecordingEvent over = event(RecordingEvent::is_over, ended.front());
-    over.state = PS_RECORD_STATE_STOP;
-    observer_(over);
-    if (ended.front().is_handle_ours)
-        set_.handles.release(ended.front().handle);
-    if (running_.empty())
-        observer_({.kind = RecordingEvent::became_busy});
 }
 
 RecordingEvent Recorder::event(RecordingEvent::Kind kind, const RunningRecording &recording) const

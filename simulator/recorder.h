@@ -92,6 +92,9 @@ struct RunningRecording {
 
 class Recorder {
 public:
+    static constexpr int default_tuners = 2;
+    static constexpr Microseconds default_timeshift = std::chrono::minutes(30);
+
     using Opener = std::function<std::unique_ptr<Source>(const Channel &)>; ///< throws std::system_error
     using Observer = std::function<void(const RecordingEvent &)>;
 
@@ -100,14 +103,15 @@ public:
         Channels &channels;
         const Devices &devices;
         Clock clock;
-        Channels::WallClock wall_clock;
+        Clock wall_clock; ///< since 1970 UTC
         Opener opener;
         std::function<std::string(int handle)> channel_number; ///< that an application has set; "" when none has
+        Pace pace = usual_pace;                                ///< of growing
+        Microseconds longest_timeshift = default_timeshift;    ///< what comes before that is given up
     };
 
-    /// How often the files grow.
+    /// How often the files grow, at the usual pace.
     static constexpr Microseconds interval = std::chrono::milliseconds(200);
-    static constexpr int default_tuners = 2;
 
     Recorder(Surroundings surroundings, int tuners, Observer observer);
     /// Ends what runs.
@@ -147,7 +151,9 @@ public:
     bool is_writing_to(int device) const;
     bool is_busy() const { return !running_.empty(); }
 
+    /// Of a timeshift: as much as there still is. Positions count from there.
     Microseconds length(const RunningRecording &recording) const;
+    Microseconds given_up(const RunningRecording &recording) const;
     int seconds(const RunningRecording &recording) const;
     std::vector<std::uint64_t> channels() const;
     /// Whether a tuner is free for a channel beside all that is recorded.
@@ -167,6 +173,8 @@ private:
     /// Nothing when the set does not know it.
     std::optional<std::int64_t> known_time() const;
     Place place(int handle);
+    /// Since it was begun.
+    Microseconds lasted(const RunningRecording &recording) const;
     void grow(Place recording);
     void warn(RunningRecording &recording);
     void fail(Place recording, int code, IncompleteReason reason);

@@ -4,16 +4,24 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
+#include <cstdint>
 #include <cstdio>
+#include <ctime>
 #include <fcntl.h>
 #include <span>
+#include <sys/file.h>
+#include <sys/stat.h>
 #include <system_error>
+#include <unistd.h>
 #include <utility>
 #include <vector>
 
 namespace simulator {
 namespace {
 
+/// So much is written at a time, at most. What is given up comes in such pieces: whole packets, and whole blocks of the
+/// file system.
 constexpr std::size_t chunk = packet_size * 1024;
 
 [[noreturn]] void give_up(const std::string &path) { throw std::system_error(errno, std::generic_category(), path); }
@@ -29,14 +37,43 @@ void write_all(int file, std::span<const std::uint8_t> bytes, const std::string 
     }
 }
 
+/// A file that was not there, locked.
+Descriptor new_stream(const std::string &path)
+{
+    Descriptor file(open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_APPEND | O_CLOEXEC | O_NOFOLLOW, 0666));
+    if (!file.is_open())
+        give_up(path);
+    flock(file.number(), LOCK_EX | LOCK_NB); // a file system without locks has to do, too
+    return file;
+}
+
+/// Gives names to two files that nobody else has, or leaves both as they were.
+void rename_both(const std::pair<std::string, std::string> &one, const std::pair<std::string, std::string> &other)
+{
+    if (renameat2(AT_FDCWD, one.first.c_str(), AT_FDCWD, one.second.c_str(), RENAME_NOREPLACE) != 0)
+        give_up(one.second);
+    if (renameat2(AT_FDCWD, other.first.c_str(), AT_FDCWD, other.second.c_str(), RENAME_NOREPLACE) != 0) {
+        const int error = errno;
+        std::rename(one.second.c_str(), one.first.c_str());
+        errno = error;
+        give_up(other.second);
+    }
+}
+
 } // namespace
 
-RecordingFile::RecordingFile(std::string path, const pvr_file_info_s &info)
-    : path_(std::move(path)),
-      file_(open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_APPEND | O_CLOEXEC | O_NOFOLLOW, 0666))
+std::int64_t bytes_in(Microseconds time, int bits_per_second)
 {
-    if (!file_.is_open())
-        give_up(path_);
+    constexpr std::int64_t bits_per_byte = 8;
+    constexpr std::int64_t second = Microseconds::period::den;
+    const std::int64_t seconds = time.count() / second;
+    return seconds * bits_per_second / bits_per_byte +
+           time.count() % second * bits_per_second / (bits_per_byte * second);
+}
+
+RecordingFile::RecordingFile(std::string path, const pvr_file_info_s &info)
+    : path_(std::move(path)), file_(new_stream(path_))
+{
     try {
         make_info(info_path(), info);
     } catch (const std::system_error &error) {
@@ -47,13 +84,14 @@ RecordingFile::RecordingFile(std::string path, const pvr_file_info_s &info)
     }
 }
 
-bool RecordingFile::grow(Source &source, std::int64_t towards)
+void RecordingFile::grow(Source &source, std::int64_t towards)
 {
-    std::vector<std::uint8_t> bytes(chunk);
-    const std::int64_t end = std::min(towards, size_ + most_at_once);
-    while (end - size_ >= static_cast<std::int64_t>(packet_size)) {
-        const std::int64_t packets = (end - size_) / static_cast<std::int64_t>(packet_size);
-        const std::size_t wanted = std::min(static_cast<std::size_t>(packets) * packet_size, bytes.size());
+    constexpr auto packet = static_cast<std::int64_t>(packet_size);
+    const std::int64_t missing = std::max<std::int64_t>(towards - size_, 0) / packet * packet;
+    std::vector<std::uint8_t> bytes(std::min(static_cast<std::size_t>(missing), chunk));
+    const std::int64_t end = size_ + missing;
+    while (size_ < end) {
+        const std::size_t wanted = std::min(static_cast<std::size_t>(end - size_), bytes.size());
         std::size_t count = 0;
         try {
             count = source.read(std::span(bytes).first(wanted));
@@ -61,33 +99,76 @@ bool RecordingFile::grow(Source &source, std::int64_t towards)
             throw SourceFailure(error.what());
         }
         if (count == 0)
-            return true;
+            return;
         write_all(file_.number(), std::span(bytes).first(count), path_);
         size_ += static_cast<std::int64_t>(count);
     }
-    return end == towards;
 }
 
-void RecordingFile::move_to(const std::string &path)
+void RecordingFile::give_up_before(std::int64_t place)
 {
-    const std::string info = info_path();
-    const std::string new_info = with_extension(path, "inf");
-    if (renameat2(AT_FDCWD, info.c_str(), AT_FDCWD, new_info.c_str(), RENAME_NOREPLACE) != 0)
-        give_up(new_info);
-    if (renameat2(AT_FDCWD, path_.c_str(), AT_FDCWD, path.c_str(), RENAME_NOREPLACE) != 0) {
-        const int error = errno;
-        std::rename(new_info.c_str(), info.c_str());
-        errno = error;
-        give_up(path);
-    }
+    constexpr auto piece = static_cast<std::int64_t>(chunk);
+    place = std::min(place, size_) / piece * piece;
+    if (place <= given_up_)
+        return;
+    const int result =
+        fallocate(file_.number(), FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE, given_up_, place - given_up_);
+    if (result != 0 && errno != EOPNOTSUPP)
+        give_up(path_);
+    given_up_ = place;
+}
+
+void RecordingFile::move_to(const std::string &path, std::int64_t from)
+{
+    if (from > 0)
+        return move_content_to(path, from);
+    rename_both({info_path(), with_extension(path, "inf")}, {path_, path});
     path_ = path;
 }
 
-void RecordingFile::finish(std::int64_t milliseconds, IncompleteReason reason)
+void RecordingFile::move_content_to(const std::string &path, std::int64_t from)
 {
+    constexpr auto packet = static_cast<std::int64_t>(packet_size);
+    from = std::min(from, size_) / packet * packet;
+    // Under a name of no recording until it is whole.
+    const std::string copy = with_extension(path_, copy_extension);
+    std::remove(copy.c_str()); // what a crash has left behind
+    Descriptor file = new_stream(copy);
+    try {
+        std::vector<std::uint8_t> bytes(chunk);
+        for (std::int64_t place = from; place < size_;) {
+            const ssize_t count = pread(file_.number(), bytes.data(), bytes.size(), place);
+            if (count < 0 && errno == EINTR)
+                continue;
+            if (count == 0)
+                errno = EIO; // somebody has cut it
+            if (count <= 0)
+                give_up(path_);
+            write_all(file.number(), std::span(bytes).first(static_cast<std::size_t>(count)), copy);
+            place += count;
+        }
+        rename_both({info_path(), with_extension(path, "inf")}, {copy, path});
+    } catch (const std::system_error &) {
+        std::remove(copy.c_str());
+        throw;
+    }
+    std::remove(path_.c_str());
+    file_ = std::move(file);
+    path_ = path;
+    size_ -= from;
+    given_up_ = 0;
+}
+
+void RecordingFile::finish(std::int64_t milliseconds, IncompleteReason reason, Microseconds ended)
+{
+    const auto seconds = std::chrono::floor<std::chrono::seconds>(ended);
+    const timespec moment{static_cast<std::time_t>(seconds.count()),
+                          static_cast<long>((ended - seconds).count() * 1000)};
+    const timespec moments[] = {moment, moment};
+    futimens(file_.number(), moments); // where that is not possible, the machine's time stays
     file_ = Descriptor();
     change_info(info_path(), [&](pvr_file_info_s &info) {
-        info.duration = static_cast<std::uint32_t>(milliseconds);
+        info.duration = static_cast<std::uint32_t>(std::min<std::int64_t>(milliseconds, UINT32_MAX));
         info.record_complete = 1;
         info.incomplete_reason = reason;
     });

@@ -109,7 +109,7 @@ std::tuple<int, gint64, gint64, int> RecordingQueryMethods::get_progress_by_serv
     const RunningRecording *recording = set_.recorder.either_of(service_id);
     if (recording == nullptr)
         return {0, 0, 0, refused_result};
-    return {PS_RECORD_STATE_REC, set_.recorder.seconds(*recording), g_get_real_time() / G_USEC_PER_SEC, done};
+    return {PS_RECORD_STATE_REC, set_.recorder.seconds(*recording), gint64{set_.clock.wall_seconds()}, done};
 }
 
 std::tuple<GVariant *> RecordingQueryMethods::get_recording_info(int handle)

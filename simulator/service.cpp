@@ -40,6 +40,8 @@ void Service::vanish()
     skeleton_.unexport();
 }
 
+void Service::stop() { set_.stop(); }
+
 bool Service::emit(const char *signal, GVariant *body, GError **error)
 {
     return g_dbus_connection_emit_signal(bus_->connection(), nullptr, Skeleton::object_path, "org.vexan.tv.pvr", signal,

@@ -27,6 +27,8 @@ public:
     void appear();
     /// Leaves the bus: calls under way are never answered. What plays goes on.
     void vanish();
+    /// Ends what records and plays, and tells of it while there is somebody to tell. It may be done once.
+    void stop();
     bool is_present() const { return bus_.has_value(); }
 
     RecordedCalls &calls() { return skeleton_.calls(); }

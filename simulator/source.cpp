@@ -182,8 +182,9 @@ bool PacketFinder::find(bool does_nothing_follow)
 /// What a shell is started with.
 class SpawnPlan {
 public:
-    /// Its standard output and its standard error are all that it has in common with this process.
-    explicit SpawnPlan(int output);
+    /// In this group, 0 for one of its own. Its input, its output and its standard error are all that it has in common
+    /// with this process; without an input or an output it has nothing.
+    SpawnPlan(pid_t group, std::optional<int> input, std::optional<int> output);
     ~SpawnPlan()
     {
         posix_spawnattr_destroy(&attributes);
@@ -197,7 +198,7 @@ public:
     int error = 0; ///< what went wrong first
 };
 
-SpawnPlan::SpawnPlan(int output)
+SpawnPlan::SpawnPlan(pid_t group, std::optional<int> input, std::optional<int> output)
 {
     posix_spawnattr_init(&attributes);
     posix_spawn_file_actions_init(&actions);
@@ -205,12 +206,19 @@ SpawnPlan::SpawnPlan(int output)
     sigset_t no_signal;
     sigfillset(&every_signal);
     sigemptyset(&no_signal);
-    // The output first: its number may be that of an input that was closed.
+    const auto attach = [this](std::optional<int> given, int number, int flags) {
+        return given ? posix_spawn_file_actions_adddup2(&actions, *given, number)
+                     : posix_spawn_file_actions_addopen(&actions, number, "/dev/null", flags, 0);
+    };
+    const auto attach_output = [&] { return attach(output, STDOUT_FILENO, O_WRONLY); };
+    const auto attach_input = [&] { return attach(input, STDIN_FILENO, O_RDONLY); };
+    // What is given first: its number may be that of the other, which was closed.
+    const bool is_input_first = input.has_value();
     const int errors[] = {
-        posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO),
-        posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0),
+        is_input_first ? attach_input() : attach_output(),
+        is_input_first ? attach_output() : attach_input(),
         posix_spawn_file_actions_addclosefrom_np(&actions, STDERR_FILENO + 1),
-        posix_spawnattr_setpgroup(&attributes, 0),
+        posix_spawnattr_setpgroup(&attributes, group),
         posix_spawnattr_setsigdefault(&attributes, &every_signal),
         posix_spawnattr_setsigmask(&attributes, &no_signal),
         posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK),
@@ -218,6 +226,86 @@ SpawnPlan::SpawnPlan(int output)
     if (const auto *first = std::find_if(std::begin(errors), std::end(errors), [](int value) { return value != 0; });
         first != std::end(errors))
         error = *first;
+}
+
+pid_t start_shell(std::string command, const SpawnPlan &plan)
+{
+    std::string shell = "/bin/sh";
+    std::string option = "-c";
+    char *arguments[] = {shell.data(), option.data(), command.data(), nullptr};
+    pid_t pid = 0;
+    const int error = plan.error != 0
+                          ? plan.error
+                          : posix_spawn(&pid, arguments[0], &plan.actions, &plan.attributes, arguments, environ);
+    if (error != 0)
+        throw failure(error, shell);
+    return pid;
+}
+
+/// Waits for the end of a process; nothing when it is no child.
+std::optional<siginfo_t> wait_for(pid_t process)
+{
+    siginfo_t news{};
+    int result = 0;
+    do
+        result = waitid(P_PID, static_cast<id_t>(process), &news, WEXITED);
+    while (result != 0 && errno == EINTR);
+    return result == 0 ? std::optional(news) : std::nullopt;
+}
+
+struct Pipe {
+    enum Reader { waits, does_not_wait };
+    explicit Pipe(Reader reader);
+
+    Descriptor reading;
+    Descriptor writing;
+};
+
+Pipe::Pipe(Reader reader)
+{
+    int ends[2] = {};
+    if (pipe2(ends, O_CLOEXEC) != 0)
+        throw failure(errno, "a pipe");
+    reading = Descriptor(ends[0]);
+    writing = Descriptor(ends[1]);
+    if (reader == waits)
+        return;
+    if (fcntl(ends[0], F_SETFL, O_NONBLOCK) != 0)
+        throw failure(errno, "a pipe");
+    // So that the command need not wait for whoever reads. Where it is not allowed, the usual size has to do.
+    fcntl(ends[0], F_SETPIPE_SZ, 1 << 20);
+}
+
+/// A process group that ends with this process, however that ends: its leader waits for the end of a pipe of which this
+/// process has the other end, and then kills the group.
+class Group {
+public:
+    Group();
+    ~Group();
+    Group(const Group &) = delete;
+    Group &operator=(const Group &) = delete;
+
+    /// Nobody else's for as long as this lives.
+    pid_t number() const { return keeper_; }
+    void kill_all() const { kill(-keeper_, SIGKILL); }
+
+private:
+    explicit Group(Pipe pipe)
+        : life_(std::move(pipe.writing)),
+          keeper_(start_shell("read line; kill -KILL 0", SpawnPlan(0, pipe.reading.number(), std::nullopt)))
+    {
+    }
+
+    Descriptor life_;
+    pid_t keeper_;
+};
+
+Group::Group() : Group(Pipe(Pipe::waits)) {}
+
+Group::~Group()
+{
+    kill_all();
+    wait_for(keeper_);
 }
 
 /// A shell's command in a process group of its own, nothing of which outlives it.
@@ -236,32 +324,20 @@ public:
     const std::string &fate() const { return fate_; }
 
 private:
-    pid_t shell_ = none;
+    std::optional<Group> group_;
+    pid_t shell_;
     std::string fate_ = "ended";
-
-    static constexpr pid_t none = -1;
 };
 
 Command::Command(std::string text, int output)
+    : group_(std::in_place), shell_(start_shell(std::move(text), SpawnPlan(group_->number(), std::nullopt, output)))
 {
-    const SpawnPlan plan(output);
-    std::string shell = "/bin/sh";
-    std::string option = "-c";
-    char *arguments[] = {shell.data(), option.data(), text.data(), nullptr};
-    const int error = plan.error != 0
-                          ? plan.error
-                          : posix_spawn(&shell_, arguments[0], &plan.actions, &plan.attributes, arguments, environ);
-    if (error != 0) {
-        shell_ = none;
-        throw failure(error, shell);
-    }
 }
 
 bool Command::has_ended()
 {
     siginfo_t news{};
-    if (shell_ != none && waitid(P_PID, static_cast<id_t>(shell_), &news, WEXITED | WNOHANG | WNOWAIT) == 0 &&
-        news.si_pid == 0)
+    if (group_ && waitid(P_PID, static_cast<id_t>(shell_), &news, WEXITED | WNOHANG | WNOWAIT) == 0 && news.si_pid == 0)
         return false;
     end();
     return true;
@@ -269,44 +345,18 @@ bool Command::has_ended()
 
 void Command::end()
 {
-    if (shell_ == none)
+    if (!group_)
         return;
-    // Before the shell is waited for: until then the number of its group is nobody else's.
-    kill(-shell_, SIGKILL);
-    siginfo_t news{};
-    int result = 0;
-    do
-        result = waitid(P_PID, static_cast<id_t>(shell_), &news, WEXITED);
-    while (result != 0 && errno == EINTR);
-    if (result == 0)
-        fate_ = (news.si_code == CLD_EXITED ? "ended with status " : "was ended by signal ") +
-                std::to_string(news.si_status);
-    shell_ = none;
-}
-
-struct Pipe {
-    Pipe();
-
-    Descriptor reading; ///< does not wait
-    Descriptor writing;
-};
-
-Pipe::Pipe()
-{
-    int ends[2] = {};
-    if (pipe2(ends, O_CLOEXEC) != 0)
-        throw failure(errno, "a pipe");
-    reading = Descriptor(ends[0]);
-    writing = Descriptor(ends[1]);
-    if (fcntl(ends[0], F_SETFL, O_NONBLOCK) != 0)
-        throw failure(errno, "a pipe");
-    // So that the command need not wait for whoever reads. Where it is not allowed, the usual size has to do.
-    fcntl(ends[0], F_SETPIPE_SZ, 1 << 20);
+    group_->kill_all();
+    if (const auto news = wait_for(shell_))
+        fate_ = (news->si_code == CLD_EXITED ? "ended with status " : "was ended by signal ") +
+                std::to_string(news->si_status);
+    group_.reset();
 }
 
 class CommandSource : public Source {
 public:
-    explicit CommandSource(std::string command) : CommandSource(std::move(command), Pipe()) {}
+    explicit CommandSource(std::string command) : CommandSource(std::move(command), Pipe(Pipe::does_not_wait)) {}
     std::size_t read(std::span<std::uint8_t> room) override;
 
 private:

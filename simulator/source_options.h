@@ -1,4 +1,4 @@
-// Which channels broadcast something else than the test programme, as the options name it.
+// What channels broadcast, as the options name it.
 #pragma once
 
 #include <cstdint>
@@ -10,5 +10,8 @@ namespace simulator {
 
 /// "ID=SOURCE" options, by their channel. Throws std::invalid_argument that says what is wrong.
 std::map<std::uint64_t, std::string> described_sources(const std::vector<std::string> &options);
+
+/// "ID=NUMBER" options: how many bits per second a channel broadcasts. Throws std::invalid_argument.
+std::map<std::uint64_t, int> described_bit_rates(const std::vector<std::string> &options);
 
 } // namespace simulator

@@ -3,9 +3,11 @@
 #include "device_news.h"
 #include "playback_news.h"
 #include "recording_news.h"
+#include "recovery.h"
 
 #include <algorithm>
-#include <glib.h>
+#include <chrono>
+#include <iterator>
 #include <utility>
 
 namespace simulator {
@@ -15,7 +17,19 @@ constexpr int is_playing_bit = 1;
 constexpr int is_recording_bit = 2;
 constexpr int no_handle = 0;
 
-std::int64_t wall_now() { return g_get_real_time() / G_USEC_PER_SEC; }
+/// Applications are answered in between.
+constexpr Microseconds longest_slice = std::chrono::milliseconds(100);
+/// How often the set wakes up at most when time passes faster than it does.
+constexpr Microseconds tick = std::chrono::milliseconds(20);
+
+std::vector<Channel> channels_of(const Equipment &equipment)
+{
+    std::vector<Channel> channels = built_in_channels();
+    for (Channel &channel : channels)
+        if (const auto given = equipment.bit_rates.find(channel.service_id); given != equipment.bit_rates.end())
+            channel.bits_per_second = given->second;
+    return channels;
+}
 
 /// The report that so many recordings are in the way of another channel.
 ps_method_e report_of(std::size_t recordings)
@@ -28,18 +42,27 @@ ps_method_e report_of(std::size_t recordings)
 } // namespace
 
 Television::Television(OrgVexanTvPvr *object, Equipment equipment, const Log &log)
-    : log_(log), signals(object, log), channels(built_in_channels(), wall_now), values(handles),
-      devices(std::move(equipment.devices), monotonic_now, space_of,
-              [this](const DeviceEvent &event) {
-                  announce_device(signals, log_, event);
-                  if (event.kind == DeviceEvent::left)
-                      recorder.lose_device(event.handle);
-              }),
+    : log_(log), clock(equipment.speed), signals(object, log),
+      channels(channels_of(equipment), [this] { return clock.wall_seconds(); }), values(handles),
+      devices(
+          std::move(equipment.devices), [this] { return clock.now(); }, space_of,
+          [this](const DeviceEvent &event) {
+              announce_device(signals, log_, event);
+              if (event.kind == DeviceEvent::left)
+                  recorder.lose_device(event.handle);
+              // Nothing is recorded to a device that has just come.
+              if (event.kind == DeviceEvent::came)
+                  for (const std::string &line : recover(event.mount_path))
+                      log_.line(line);
+          },
+          [this](Microseconds usual) { return clock.stride(usual); }),
       player(
-          handles, monotonic_now, [this](const std::string &uri) { return open(uri); },
-          [this](const std::string &path) -> std::optional<Microseconds> {
+          handles, [this] { return clock.now(); }, [this](const std::string &uri) { return open(uri); },
+          [this](const std::string &path) -> std::optional<Extent> {
               const RunningRecording *recording = recorder.writing(path);
-              return recording != nullptr ? std::optional(recorder.length(*recording)) : std::nullopt;
+              if (recording == nullptr)
+                  return std::nullopt;
+              return Extent{recorder.length(*recording), recorder.given_up(*recording)};
           },
           [this](const PlaybackEvent &event) {
               if (event.kind == PlaybackEvent::became_busy)
@@ -50,14 +73,16 @@ Television::Television(OrgVexanTvPvr *object, Equipment equipment, const Log &lo
       recorder({.handles = handles,
                 .channels = channels,
                 .devices = devices,
-                .clock = monotonic_now,
-                .wall_clock = wall_now,
+                .clock = [this] { return clock.now(); },
+                .wall_clock = [this] { return clock.wall(); },
                 .opener =
                     [sources = std::move(equipment.sources)](const Channel &channel) {
                         const auto given = sources.find(channel.service_id);
                         return open_source(given == sources.end() ? "" : given->second, channel.bits_per_second);
                     },
-                .channel_number = [this](int handle) { return values.channel_number(handle); }},
+                .channel_number = [this](int handle) { return values.channel_number(handle); },
+                .pace = [this](Microseconds usual) { return clock.stride(usual); },
+                .longest_timeshift = equipment.longest_timeshift},
                equipment.tuners,
                [this](const RecordingEvent &event) {
                    if (event.kind == RecordingEvent::became_busy)
@@ -67,33 +92,80 @@ Television::Television(OrgVexanTvPvr *object, Equipment equipment, const Log &lo
                        player.stop_path(event.path);
                    announce_recording(signals, event);
                }),
-      timer_([this] {
+      timer_recordings(recorder, [this] { return clock.now(); }), timer_([this] {
+          last_tick_ = monotonic_now();
           advance();
           signals.publish();
-          timer_.set(due());
+          set_timer();
       })
 {
-    timer_.set(due());
+    set_timer();
 }
 
-void Television::advance()
+void Television::advance() { pass_time(Patience::limited); }
+
+void Television::step(Microseconds time)
+{
+    clock.skip(time);
+    pass_time(Patience::endless);
+}
+
+void Television::pass_time(Patience patience)
+{
+    const Microseconds target = clock.target();
+    const Microseconds began = monotonic_now();
+    for (auto moment = due(); moment && *moment <= target; moment = due()) {
+        if (patience == Patience::limited && monotonic_now() - began > longest_slice) {
+            // At the speed of real time what is missing is made up for; faster, it might never be.
+            if (clock.speed() != 1)
+                clock.forget_lag();
+            return;
+        }
+        clock.go_to(*moment);
+        let_happen();
+    }
+    clock.go_to(target);
+    let_happen();
+}
+
+void Television::let_happen()
 {
     devices.advance();
     recorder.advance();
+    timer_recordings.advance(); // behind what ends at the same moment, for whose tuner one may wait
     player.advance();
+}
+
+void Television::set_timer()
+{
+    const std::optional<Microseconds> moment = due();
+    if (!moment)
+        return timer_.set(std::nullopt);
+    const Microseconds coming = clock.real_moment(*moment);
+    timer_.set(clock.speed() > 1 ? std::max(coming, last_tick_ + tick) : coming);
+}
+
+void Television::stop()
+{
+    advance();
+    player.stop_all();
+    while (recorder.is_busy())
+        recorder.stop(recorder.running().front()->handle);
+    signals.publish();
 }
 
 void Television::answered(const std::string &line)
 {
     log_.line(line);
     signals.publish();
-    timer_.set(due());
+    set_timer();
 }
 
 std::optional<Microseconds> Television::due() const
 {
     std::optional<Microseconds> earliest;
-    for (const std::optional<Microseconds> moment : {devices.due(), recorder.due(), player.due()})
+    for (const std::optional<Microseconds> moment :
+         {devices.due(), recorder.due(), timer_recordings.due(), player.due()})
         if (moment && (!earliest || *moment < *earliest))
             earliest = moment;
     return earliest;
@@ -154,7 +226,7 @@ Recording Television::open(const std::string &uri) const
     const RunningRecording *recording = path ? recorder.writing(*path) : nullptr;
     if (recording == nullptr)
         return open_recording(uri);
-    return {*path, recorder.length(*recording), Microseconds(g_get_real_time())};
+    return {*path, recorder.length(*recording), clock.wall()};
 }
 
 } // namespace simulator

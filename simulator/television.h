@@ -11,8 +11,12 @@
 #include "shared_values.h"
 #include "signals.h"
 #include "timer.h"
+#include "timer_recordings.h"
+#include "virtual_clock.h"
 
+#include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,7 +26,10 @@ namespace simulator {
 struct Equipment {
     std::vector<DeviceDescription> devices{};
     std::map<std::uint64_t, std::string> sources{}; ///< of channels, as open_source() understands them
+    std::map<std::uint64_t, int> bit_rates{};       ///< of channels, where another one is wanted
     int tuners = Recorder::default_tuners;
+    double speed = 1; ///< of the time
+    Microseconds longest_timeshift = Recorder::default_timeshift;
 };
 
 class Television {
@@ -31,8 +38,12 @@ class Television {
 public:
     Television(OrgVexanTvPvr *object, Equipment equipment, const Log &log);
 
-    /// Lets everything happen that is due.
+    /// Lets everything happen that is due, each thing at its moment. Where that takes long, the rest waits.
     void advance();
+    /// The same, after so much time has passed at once; nothing waits.
+    void step(Microseconds time);
+    /// Ends what records and plays, and tells of it.
+    void stop();
     /// A call was answered: logs it, and sends what it caused.
     void answered(const std::string &line);
 
@@ -41,6 +52,7 @@ public:
     /// What an application says to that: whether the channel is to change all the same.
     void answer_change(bool is_wanted);
 
+    VirtualClock clock;
     Signals signals;
     Handles handles;
     Channels channels;
@@ -48,8 +60,14 @@ public:
     Devices devices;
     Player player;
     Recorder recorder;
+    TimerRecordings timer_recordings;
 
 private:
+    enum class Patience { limited, endless };
+
+    void pass_time(Patience patience);
+    void let_happen();
+    void set_timer();
     std::optional<Microseconds> due() const;
     void tell_state();
     void change_channel(std::uint64_t service_id);
@@ -57,6 +75,7 @@ private:
 
     int told_state_ = 0;
     std::optional<std::uint64_t> wanted_channel_; ///< while a recording is in the way
+    Microseconds last_tick_{0};                   ///< on the clock of timers
     Timer timer_;
 };
 

@@ -21,6 +21,7 @@ using Packet = std::array<std::uint8_t, packet_size>;
 class TestProgramme {
 public:
     static constexpr int lowest_bit_rate = 188'000;
+    static constexpr int highest_bit_rate = 50'000'000;
     static constexpr std::uint16_t programme_number = 1;
     static constexpr std::uint16_t map_pid = 0x100;
     static constexpr std::uint16_t audio_pid = 0x101;

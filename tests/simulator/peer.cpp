@@ -223,4 +223,11 @@ Lines Simulator::log()
     return lines;
 }
 
+void Simulator::kill()
+{
+    program_.signal(SIGKILL);
+    program_.wait();
+    is_over_ = true;
+}
+
 } // namespace simulator_test

@@ -61,6 +61,9 @@ public:
 
     /// Ends the service, and returns what it has logged.
     Lines log();
+    /// Ends it in the middle of whatever it does.
+    void kill();
+    pid_t pid() const { return program_.pid(); }
 
 private:
     Program program_;

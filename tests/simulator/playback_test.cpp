@@ -142,3 +142,18 @@ TEST(Playback, IsAtTheEndAtItsArrivalAlsoWhenTheSpeedDoesNotDivideTheWay)
         EXPECT_GT(playback.position(*playback.arrival() - 8us), 0us) << type;
     }
 }
+
+TEST(Playback, CountsFromABeginningThatIsLost)
+{
+    Playback playback(100s, 30s, 0s);
+    playback.lose_beginning(10s, 5s);
+    EXPECT_EQ(playback.length(), 90s);
+    EXPECT_EQ(playback.position(5s), 25s);
+    EXPECT_EQ(playback.position(6s), 26s) << "it goes on";
+    playback.change_to(PLAY_STATE_PAUSE, 6s);
+    playback.lose_beginning(40s, 6s);
+    EXPECT_EQ(playback.position(60s), 0s);
+    playback.lose_beginning(400s, 60s);
+    EXPECT_EQ(playback.length(), 0s);
+    EXPECT_EQ(playback.position(61s), 0s);
+}

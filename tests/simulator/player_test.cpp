@@ -74,7 +74,7 @@ protected:
         {"/a.srf", {"/a.srf", 100s, 5000s}},
         {"file:///b.srf", {"/b.srf", 10s, 6000s}},
     };
-    std::map<std::string, Microseconds> growing; ///< the length so far of what is still being written
+    std::map<std::string, Extent> growing; ///< what there is so far of what is still being written
     Handles handles;
     Player player{handles, [this] { return now; },
                   [this](const std::string &uri) {
@@ -400,10 +400,10 @@ TEST_F(PlayerTest, RefusesWhatCannotBeDone)
 
 TEST_F(PlayerTest, GoesOnWithWhatIsStillBeingWritten)
 {
-    growing["/a.srf"] = 100s;
+    growing["/a.srf"] = {100s};
     const int handle = play(100);
     EXPECT_EQ(player.due(), std::nullopt) << "it never gets to an end that moves as fast";
-    growing["/a.srf"] = 160s;
+    growing["/a.srf"] = {160s};
     pass(60s);
     EXPECT_EQ(player.progress(handle)->relative_second, 160);
     EXPECT_EQ(player.progress(handle)->absolute_second, 5000 + 60);
@@ -412,12 +412,12 @@ TEST_F(PlayerTest, GoesOnWithWhatIsStillBeingWritten)
 
 TEST_F(PlayerTest, PlaysOnFromTheEndOfWhatIsBeingWritten)
 {
-    growing["/a.srf"] = 100s;
+    growing["/a.srf"] = {100s};
     const int handle = play(60);
     player.forward(handle, 1);
     EXPECT_EQ(player.due(), now + 20s);
     events();
-    growing["/a.srf"] = 130s;
+    growing["/a.srf"] = {130s};
     pass(20s);
     EXPECT_EQ(events(), Lines()) << "it has grown meanwhile";
     EXPECT_EQ(player.due(), now + 15s);
@@ -428,7 +428,7 @@ TEST_F(PlayerTest, PlaysOnFromTheEndOfWhatIsBeingWritten)
 
 TEST_F(PlayerTest, EndsWithWhatIsNoLongerWritten)
 {
-    growing["/a.srf"] = 100s;
+    growing["/a.srf"] = {100s};
     play(90);
     growing.clear();
     player.advance();
@@ -444,4 +444,56 @@ TEST_F(PlayerTest, StopsWithTheFileThatItPlays)
     EXPECT_TRUE(player.plays_from("/a.srf"));
     player.stop_path("/a.srf");
     EXPECT_FALSE(player.is_playing());
+}
+
+TEST_F(PlayerTest, StandsAtABeginningThatMovesPastWhereItIsPaused)
+{
+    growing["/a.srf"] = {100s, 0s};
+    const int handle = play(30);
+    player.pause(handle);
+    events();
+    const std::int64_t second = player.progress(handle)->absolute_second;
+    growing["/a.srf"] = {100s, 30s};
+    pass(30s);
+    EXPECT_EQ(player.progress(handle)->relative_second, 0);
+    EXPECT_EQ(player.progress(handle)->absolute_second, second) << "just not lost";
+    growing["/a.srf"] = {100s, 45s};
+    pass(15s);
+    EXPECT_EQ(player.progress(handle)->relative_second, 0);
+    EXPECT_EQ(player.progress(handle)->absolute_second, second + 15);
+    EXPECT_EQ(player.state(), PLAY_STATE_PAUSE);
+    EXPECT_EQ(events(), Lines());
+    player.resume(handle);
+    growing["/a.srf"] = {100s, 55s};
+    pass(10s);
+    EXPECT_EQ(player.progress(handle)->relative_second, 0) << "it plays, as fast as the beginning moves";
+}
+
+TEST_F(PlayerTest, RewindsNoFurtherThanToABeginningThatMoves)
+{
+    growing["/a.srf"] = {100s, 0s};
+    const int handle = play(30);
+    player.rewind(handle, 1);
+    events();
+    growing["/a.srf"] = {100s, 9s};
+    pass(9s);
+    EXPECT_EQ(player.progress(handle)->relative_second, 3);
+    EXPECT_EQ(events(), Lines());
+    growing["/a.srf"] = {100s, 10s};
+    pass(1s);
+    EXPECT_EQ(events(), (Lines{"1 at its beginning PLAY_STATE_PLAY 0 /a.srf", "1 is PLAY_STATE_PLAY 0 /a.srf"}));
+}
+
+TEST_F(PlayerTest, KeepsUpWithTheEndOfWhatLosesItsBeginning)
+{
+    growing["/a.srf"] = {100s, 0s};
+    const int handle = play(100);
+    const std::int64_t second = player.progress(handle)->absolute_second;
+    for (int step = 1; step <= 5; ++step) {
+        growing["/a.srf"] = {100s, step * 10s};
+        pass(10s);
+    }
+    EXPECT_EQ(player.progress(handle)->relative_second, 100);
+    EXPECT_EQ(player.progress(handle)->absolute_second, second + 50);
+    EXPECT_EQ(events(), Lines());
 }

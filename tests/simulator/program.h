@@ -20,6 +20,7 @@ public:
 
     /// Waits for the next line on its standard output, without its end; what is left when there is none.
     std::string line();
+    pid_t pid() const { return pid_; }
     /// Sends it a signal.
     void signal(int number) const;
     /// Waits for its end: its exit code, or 128 and the number of the signal that ended it.

@@ -218,6 +218,13 @@ TEST(Programs, RefuseWhatTheyDoNotUnderstand)
     const std::vector<std::string> commands[] = {
         {"pvr-simulator", "--unknown"},
         {"pvr-simulator", "argument"},
+        {"pvr-simulator", "--speed", "0"},
+        {"pvr-simulator", "--speed", "-1"},
+        {"pvr-simulator", "--speed", "nan"},
+        {"pvr-simulator", "--speed", "10001"},
+        {"pvr-simulator", "--speed", "fast"},
+        {"pvr-simulator", "--timeshift", "9"},
+        {"pvr-simulator", "--timeshift", "86401"},
         {"pvr-make-stream"},
         {"pvr-make-stream", folder / "a.srf", folder / "b.srf"},
         {"pvr-make-stream", "--seconds", "0", folder / "a.srf"},
@@ -264,7 +271,7 @@ TEST(MakeStreamProgram, SaysWhyItCannotWrite)
               "pvr-make-stream: cannot write " + (folder / "missing/a.srf") + ": No such file or directory\n");
 }
 
-TEST(SimulatorProgram, RefusesSourcesThatItDoesNotUnderstand)
+TEST(SimulatorProgram, RefusesBroadcastsThatItDoesNotUnderstand)
 {
     const std::pair<std::vector<std::string>, std::string> refusals[] = {
         {{"--source", "1"}, "pvr-simulator: '1' is not ID=SOURCE\n"},
@@ -273,6 +280,13 @@ TEST(SimulatorProgram, RefusesSourcesThatItDoesNotUnderstand)
         {{"--source", "=a.ts"}, "pvr-simulator: '=a.ts' is not ID=SOURCE\n"},
         {{"--source", "99=a.ts"}, "pvr-simulator: there is no channel 99\n"},
         {{"--source", "1=a.ts", "--source", "1=b.ts"}, "pvr-simulator: channel 1 has two sources\n"},
+        {{"--bit-rate", "1"}, "pvr-simulator: '1' is not ID=NUMBER\n"},
+        {{"--bit-rate", "1=fast"}, "pvr-simulator: '1=fast' is not ID=NUMBER\n"},
+        {{"--bit-rate", "99=188000"}, "pvr-simulator: there is no channel 99\n"},
+        {{"--bit-rate", "1=187999"}, "pvr-simulator: a bit rate is between 188000 and 50000000\n"},
+        {{"--bit-rate", "1=50000001"}, "pvr-simulator: a bit rate is between 188000 and 50000000\n"},
+        {{"--bit-rate", "4=188000"}, "pvr-simulator: channel 4 has no stream\n"},
+        {{"--bit-rate", "1=188000", "--bit-rate", "1=188000"}, "pvr-simulator: channel 1 has two bit rates\n"},
     };
     for (const auto &[options, complaint] : refusals) {
         std::vector<std::string> command{"pvr-simulator"};

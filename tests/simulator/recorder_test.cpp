@@ -1,191 +1,19 @@
-// Recordings and timeshift, with a clock that the test moves, folders that are devices, and a source that the test
-// feeds.
-#include "recorder.h"
-
-#include "events/names.h"
-#include "support/temporary_folder.h"
+// Recordings, with a clock that the test moves, folders that are devices, and a source that the test feeds.
+#include "recorder_fixture.h"
 
 #include <algorithm>
-#include <csignal>
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
-#include <iterator>
 #include <optional>
 #include <string>
 #include <sys/file.h>
-#include <sys/resource.h>
 #include <system_error>
-#include <utility>
 #include <vector>
 
-using namespace simulator;
-using namespace std::chrono_literals;
-
-namespace {
-
-namespace fs = std::filesystem;
-using Lines = std::vector<std::string>;
-
-constexpr std::uint64_t first = 1;
-constexpr std::uint64_t second = 2;
-constexpr std::uint64_t radio = 3;
-constexpr std::int64_t noon = 1'700'000'000; // 2023-11-14 22:13:20 UTC
-
-/// As many bytes as it is asked for, or as the test lets come.
-struct Feed {
-    std::optional<std::size_t> rest{};
-    bool is_broken = false;
-};
-
-class FedSource : public Source {
-public:
-    explicit FedSource(Feed &feed) : feed_(feed) {}
-    std::size_t read(std::span<std::uint8_t> room) override
-    {
-        if (feed_.is_broken)
-            throw std::system_error(ENODATA, std::generic_category(), "the feed");
-        const std::size_t count = std::min(room.size(), feed_.rest.value_or(room.size()));
-        if (feed_.rest)
-            *feed_.rest -= count;
-        std::fill_n(room.begin(), count, std::uint8_t{0x47});
-        return count;
-    }
-    StreamDescription description() const override { return {7, 0x21, 0x22, 0x23}; }
-
-private:
-    Feed &feed_;
-};
-
-/// No file grows beyond a size, as on a device that is full.
-class LimitedFileSize {
-public:
-    explicit LimitedFileSize(rlim_t size) : action_(std::signal(SIGXFSZ, SIG_IGN))
-    {
-        getrlimit(RLIMIT_FSIZE, &before_);
-        const rlimit limit{size, before_.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~LimitedFileSize()
-    {
-        setrlimit(RLIMIT_FSIZE, &before_);
-        std::signal(SIGXFSZ, action_);
-    }
-    LimitedFileSize(const LimitedFileSize &) = delete;
-    LimitedFileSize &operator=(const LimitedFileSize &) = delete;
-
-private:
-    void (*action_)(int);
-    rlimit before_{};
-};
-
-std::string line(const RecordingEvent &event)
-{
-    const std::string state = pvr::_get_pvr_macro_name(pvr::ps_record_state_e_str, event.state);
-    const std::string type = pvr::_get_pvr_macro_name(pvr::ps_record_type_e_str, event.type);
-    const std::string method = pvr::_get_pvr_macro_name(pvr::ps_method_e_str, event.method);
-    const std::string words[] = {"will start",
-                                 method + " " + std::to_string(event.result),
-                                 "is " + state,
-                                 "is " + type,
-                                 "will finish",
-                                 "failed with " + std::to_string(event.result),
-                                 "lasted " + std::to_string(event.seconds) + " s",
-                                 "is over",
-                                 "lasts " + std::to_string(event.seconds) + " s",
-                                 ""};
-    if (event.kind == RecordingEvent::became_busy)
-        return "busy or idle";
-    return std::to_string(event.handle) + " " + words[event.kind];
-}
-
-class RecorderTest : public testing::Test {
-protected:
-    RecorderTest()
-    {
-        fs::create_directory(folder / "usb");
-        devices.emplace(
-            std::vector<DeviceDescription>{{"usb", folder / "usb"}}, [this] { return now; },
-            [this](const std::string &) {
-                return Space{space, 1000};
-            },
-            [this](const DeviceEvent &event) {
-                if (event.kind == DeviceEvent::left)
-                    recorder->lose_device(event.handle);
-            });
-        set_tuners(2);
-    }
-
-    void set_tuners(int count)
-    {
-        recorder.reset();
-        recorder.emplace(
-            Recorder::Surroundings{handles, channels, *devices, [this] { return now; }, [this] { return wall; },
-                                   [this](const Channel &channel) {
-                                       opened.push_back(channel.service_id);
-                                       if (unreadable == channel.service_id)
-                                           throw std::system_error(ENOENT, std::generic_category(), "/gone");
-                                       return std::make_unique<FedSource>(feed);
-                                   },
-                                   [this](int) { return channel_number; }},
-            count, [this](const RecordingEvent &event) { events_.push_back(line(event)); });
-    }
-
-    Lines events() { return std::exchange(events_, {}); }
-
-    void pass(Microseconds time)
-    {
-        now += time;
-        devices->advance();
-        recorder->advance();
-    }
-
-    /// Lets time pass as timers do: nothing is noticed later than it is due.
-    void pass_in_steps(Microseconds time)
-    {
-        const Microseconds end = now + time;
-        while (recorder->due() && *recorder->due() <= end) {
-            now = std::max(now, *recorder->due());
-            recorder->advance();
-        }
-        now = end;
-    }
-
-    int start(std::uint64_t channel = first, ps_record_type_e type = PS_RECORD_TYPE_NORMAL)
-    {
-        EXPECT_EQ(recorder->start(std::nullopt, channel, type).reason, "");
-        events();
-        return recorder->either_of(channel)->handle;
-    }
-
-    pvr_file_info_s info(const std::string &path)
-    {
-        const auto found = read_info(with_extension(path, "inf"));
-        EXPECT_TRUE(found) << path;
-        return found.value_or(pvr_file_info_s{});
-    }
-
-private:
-    Lines events_; // the recorder tells of its end
-
-protected:
-    support::TemporaryFolder folder;
-    Microseconds now = 1000s;
-    std::int64_t wall = noon;
-    std::int64_t space = 1000;
-    std::uint64_t unreadable = 0;
-    std::string channel_number;
-    std::vector<std::uint64_t> opened;
-    Feed feed;
-    Handles handles;
-    Channels channels{built_in_channels(), [this] { return wall; }};
-    std::optional<Devices> devices;
-    std::optional<Recorder> recorder;
-};
-
-} // namespace
+using namespace recorder_test;
 
 TEST_F(RecorderTest, TellsHowARecordingStartsAndStops)
 {
@@ -307,11 +135,6 @@ TEST_F(RecorderTest, CatchesUpWhenItWasHeldUp)
     start(first);
     const std::string path = recorder->recording_of(first)->file.path();
     pass(60s);
-    EXPECT_LT(fs::file_size(path), 60U * 500'000) << "not all at once";
-    EXPECT_EQ(recorder->due(), now) << "but at once";
-    pass_in_steps(0s);
-    for (int step = 0; step < 10; ++step)
-        recorder->advance();
     EXPECT_EQ(fs::file_size(path), 60U * 500'000 / 188 * 188);
 }
 
@@ -393,48 +216,6 @@ TEST_F(RecorderTest, KnowsAsManyTunersAsItIsTold)
     EXPECT_EQ(recorder->precheck(radio, PS_RECORD_TYPE_NORMAL), 0);
 }
 
-TEST_F(RecorderTest, KeepsATimeshiftForAsLongAsItRuns)
-{
-    const int handle = start(first, PS_RECORD_TYPE_TIMESHIFT_PLAY);
-    pass(3s);
-    EXPECT_EQ(fs::file_size(folder / "usb/timeshift.tmp"), 3U * 500'000 / 188 * 188);
-    EXPECT_TRUE(fs::exists(folder / "usb/timeshift.inf"));
-    EXPECT_EQ(recorder->recording_of(first), nullptr);
-    EXPECT_EQ(recorder->timeshift_of(first)->handle, handle);
-    EXPECT_EQ(recorder->precheck(second, PS_RECORD_TYPE_TIMESHIFT_PLAY), 3) << "there is one already";
-    recorder->set_timeshift_type(handle, PS_RECORD_TYPE_TIMESHIFT_PAUSE);
-    recorder->set_timeshift_type(handle, PS_RECORD_TYPE_TIMESHIFT_PAUSE);
-    EXPECT_EQ(events(), (Lines{"1 is PS_RECORD_TYPE_TIMESHIFT_PAUSE"}));
-    EXPECT_TRUE(recorder->stop_timeshift(first).is_done());
-    EXPECT_EQ(folder.names(), (Lines{"usb"}));
-    EXPECT_TRUE(fs::is_empty(folder / "usb"));
-}
-
-TEST_F(RecorderTest, TakesThePlaceOfATimeshiftThatACrashHasLeft)
-{
-    std::ofstream(folder / "usb/timeshift.tmp") << "content";
-    std::ofstream(folder / "usb/timeshift.inf") << "content";
-    start(first, PS_RECORD_TYPE_TIMESHIFT_PLAY);
-    EXPECT_EQ(fs::file_size(folder / "usb/timeshift.tmp"), 0U);
-    EXPECT_TRUE(recorder->stop_any_timeshift().is_done());
-}
-
-TEST_F(RecorderTest, MakesARecordingOfATimeshift)
-{
-    const int handle = start(first, PS_RECORD_TYPE_TIMESHIFT_PLAY);
-    pass(3s);
-    EXPECT_TRUE(recorder->switch_to_record(handle).is_done());
-    EXPECT_EQ(events(), (Lines{"1 PS_SWITCH_TO_RECORD 0", "1 is PS_RECORD_TYPE_NORMAL"}));
-    pass(2s);
-    ASSERT_NE(recorder->recording_of(first), nullptr);
-    recorder->stop(handle);
-    const std::string path = folder / "usb/20231114-221320-First.srf";
-    EXPECT_EQ(fs::file_size(path), 5U * 500'000 / 188 * 188) << "with what was there before";
-    EXPECT_EQ(std::uint32_t{info(path).duration}, 5000U);
-    EXPECT_FALSE(fs::exists(folder / "usb/timeshift.tmp"));
-    EXPECT_FALSE(fs::exists(folder / "usb/timeshift.inf"));
-}
-
 TEST_F(RecorderTest, ListsTimeshiftsBehindRecordings)
 {
     start(first, PS_RECORD_TYPE_TIMESHIFT_PLAY);
@@ -460,6 +241,38 @@ TEST_F(RecorderTest, EndsARecordingWhoseSourceFails)
     EXPECT_EQ(fs::file_size(path), 2U * 500'000 / 188 * 188);
     EXPECT_EQ(int{info(path).record_complete}, 1);
     EXPECT_EQ(int{info(path).incomplete_reason}, source_failed);
+    EXPECT_FALSE(recorder->is_last_complete(first));
+}
+
+TEST_F(RecorderTest, EndsARecordingWhoseDeviceIsFull)
+{
+    start(first);
+    const std::string path = recorder->recording_of(first)->file.path();
+    {
+        const LimitedFileSize limit(2 * 500'000);
+        pass(1s);
+        EXPECT_EQ(events(), Lines());
+        pass(2s);
+    }
+    EXPECT_EQ(events(), (Lines{"1 failed with 160", "1 will finish", "1 is PS_RECORD_STATE_STOP", "1 lasted 3 s",
+                               "1 PS_RECORD_EXCEPTION 160", "1 is over", "busy or idle"}));
+    EXPECT_EQ(fs::file_size(path), 2U * 500'000) << "it keeps what it has";
+    EXPECT_EQ(int{info(path).record_complete}, 1);
+    EXPECT_EQ(int{info(path).incomplete_reason}, device_was_full);
+    EXPECT_FALSE(recorder->is_last_complete(first));
+    start(first);
+    EXPECT_TRUE(recorder->stop_recording(first).is_done()) << "others can be made";
+}
+
+TEST_F(RecorderTest, KnowsThatTheLastBitOfARecordingDidNotFit)
+{
+    start(first);
+    const std::string path = recorder->recording_of(first)->file.path();
+    pass(1s);
+    now += 100ms; // no time to grow before the end
+    const LimitedFileSize limit(520'000);
+    EXPECT_TRUE(recorder->stop_recording(first).is_done());
+    EXPECT_EQ(int{info(path).incomplete_reason}, device_was_full);
     EXPECT_FALSE(recorder->is_last_complete(first));
 }
 
@@ -529,7 +342,7 @@ TEST(RecordingFile, LeavesAloneWhatIsNoInfoFileAnyMore)
     const support::TemporaryFolder folder;
     RecordingFile file(folder / "a.srf", pvr_file_info_s{});
     fs::resize_file(folder / "a.inf", 100);
-    file.finish(1000, is_whole);
+    file.finish(1000, is_whole, 0s);
     EXPECT_EQ(fs::file_size(folder / "a.inf"), 100U);
 }
 

@@ -326,5 +326,10 @@ TEST_F(Service, LogsALineForEachCallAndSignal)
                        "get_progress(handle 1)  out_result 2, relative_second 42, absolute_second 1000000042, ok",
                        "play_stop(handle 2)  refused: no such handle",
                        "signal: playback 2, PS_PLAY_STOP refused with -2",
+                       // It is told to end.
+                       "signal: playback 1, PS_PLAY_STOP done at 42.0 s",
+                       "signal: playback 1 is PLAY_STATE_STOP at 42.0 s",
+                       "signal: playback 1, PS_SIGNAL_TYPE_NOTIFY_PLAY_DONE",
+                       "signal: the service is idle, PS_PVR_STATE_CHANGE 0",
                    }));
 }

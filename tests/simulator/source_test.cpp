@@ -378,7 +378,8 @@ TEST(CommandSource, LeavesNoDescriptorBehind)
         read_to_the_end(*ended);
         const auto running = run("sleep 1000");
         read_some(*running, packet_size);
-        EXPECT_EQ(open_descriptors(), before + 2); // the file, and the pipe of the one that runs
+        // The file, the pipe of the command that runs, and the one by which it ends with this process.
+        EXPECT_EQ(open_descriptors(), before + 3);
         EXPECT_THROW(open_source(folder / "text", 0), std::system_error);
     }
     EXPECT_EQ(open_descriptors(), before);
