@@ -11,6 +11,8 @@ void RecordedCalls::record(std::string sender, std::string method, GVariant *arg
     bytes_ += g_variant_get_size(arguments);
     calls_.push_back({++last_number_, monotonic_now(), Microseconds(g_get_real_time()), std::move(sender),
                       std::move(method), pvr::OwnedVariant(g_variant_ref_sink(arguments))});
+    if (watcher_)
+        watcher_(calls_.back());
     while (calls_.size() > most_calls || bytes_ > most_bytes)
         drop_oldest();
 }

@@ -6,7 +6,9 @@
 
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <string>
+#include <utility>
 
 namespace simulator {
 
@@ -26,6 +28,9 @@ public:
     /// The whole list has to fit into one message of the bus.
     static constexpr std::size_t most_bytes = std::size_t{32} << 20;
 
+    /// Has somebody told of each call from here on.
+    void watch(std::function<void(const RecordedCall &)> watcher) { watcher_ = std::move(watcher); }
+
     void record(std::string sender, std::string method, GVariant *arguments);
     void clear();
 
@@ -34,6 +39,7 @@ public:
 private:
     void drop_oldest();
 
+    std::function<void(const RecordedCall &)> watcher_;
     std::deque<RecordedCall> calls_;
     std::uint64_t last_number_ = 0;
     std::size_t bytes_ = 0;

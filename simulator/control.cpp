@@ -3,6 +3,8 @@
 #include "method_row.h"
 #include "outcome.h"
 
+#include <csignal>
+#include <initializer_list>
 #include <stdexcept>
 #include <utility>
 
@@ -16,9 +18,14 @@ Failure wrong_argument(std::string message) { return {"org.freedesktop.DBus.Erro
 
 Failure failed(std::string message) { return {"org.freedesktop.DBus.Error.Failed", std::move(message)}; }
 
-Failure no_such_method(const char *method)
+/// Options of a fault, floating.
+GVariant *vardict(std::initializer_list<std::pair<const char *, GVariant *>> options)
 {
-    return wrong_argument("org.vexan.tv.pvr has no method '" + std::string(method) + "'");
+    GVariantBuilder builder;
+    g_variant_builder_init(&builder, G_VARIANT_TYPE_VARDICT);
+    for (const auto &[name, value] : options)
+        g_variant_builder_add(&builder, "{sv}", name, value);
+    return g_variant_builder_end(&builder);
 }
 
 /// The members of a tuple, each in a variant: a variant that held the tuple could not travel when it is empty.
@@ -56,6 +63,9 @@ Control::Control(Service &service, const Log &log, std::function<void()> on_bus_
     connect(object_.get(), this, CONTROL_METHOD(emit_signal), &Control::emit_signal);
     connect(object_.get(), this, CONTROL_METHOD(delay_method), &Control::delay_method);
     connect(object_.get(), this, CONTROL_METHOD(fail_method), &Control::fail_method);
+    connect(object_.get(), this, CONTROL_METHOD(add_fault), &Control::add_fault);
+    connect(object_.get(), this, CONTROL_METHOD(remove_fault), &Control::remove_fault);
+    connect(object_.get(), this, CONTROL_METHOD(list_faults), &Control::list_faults);
     connect(object_.get(), this, CONTROL_METHOD(clear_faults), &Control::clear_faults);
     connect(object_.get(), this, CONTROL_METHOD(tune), &Control::tune);
     connect(object_.get(), this, CONTROL_METHOD(set_date), &Control::set_date);
@@ -64,15 +74,24 @@ Control::Control(Service &service, const Log &log, std::function<void()> on_bus_
     connect(object_.get(), this, CONTROL_METHOD(cancel_recording), &Control::cancel_recording);
     connect(object_.get(), this, CONTROL_METHOD(vanish), &Control::vanish);
     connect(object_.get(), this, CONTROL_METHOD(return ), &Control::come_back);
+    connect(object_.get(), this, CONTROL_METHOD(crash), &Control::crash);
 
     pvr::OwnedError error;
     if (g_dbus_interface_skeleton_export(G_DBUS_INTERFACE_SKELETON(object_.get()), bus_.connection(), control_path,
                                          error.slot()) == FALSE)
         throw std::runtime_error(std::string("cannot export ") + control_path + ": " + error->message);
     bus_.own(control_name);
+    service_.calls().watch([this](const RecordedCall &call) {
+        pvr_simulator1_emit_call_received(object_.get(), call.number, call.monotonic.count(), call.wall.count(),
+                                          call.sender.c_str(), call.method.c_str(), boxed(call.arguments.get()));
+    });
 }
 
-Control::~Control() { g_dbus_interface_skeleton_unexport(G_DBUS_INTERFACE_SKELETON(object_.get())); }
+Control::~Control()
+{
+    service_.calls().watch({});
+    g_dbus_interface_skeleton_unexport(G_DBUS_INTERFACE_SKELETON(object_.get()));
+}
 
 void Control::advance() { service_.set().advance(); }
 
@@ -108,27 +127,73 @@ Control::Done Control::emit_signal(const char *name, GVariant *arguments)
     return {};
 }
 
+Control::Answer<guint> Control::set_fault(const char *kind, const char *target, GVariant *options, bool is_only)
+{
+    try {
+        Faults &faults = service_.faults();
+        FaultPlan plan = planned_fault(kind, target, options, service_.set().devices.names());
+        if (is_only)
+            faults.remove(plan.kind, plan.target);
+        const guint id = faults.add(std::move(plan));
+        advance(); // a device may be out from now on
+        return std::tuple(id);
+    } catch (const std::invalid_argument &error) {
+        return wrong_argument(error.what());
+    } catch (const std::length_error &error) {
+        return failed(error.what());
+    }
+}
+
+Control::Answer<guint> Control::add_fault(const char *kind, const char *target, GVariant *options)
+{
+    return set_fault(kind, target, options, false);
+}
+
+Control::Done Control::set_only_fault(const char *kind, const char *target, GVariant *options)
+{
+    const Answer<guint> answer = set_fault(kind, target, options, true);
+    const auto *failure = std::get_if<Failure>(&answer);
+    return failure != nullptr ? Done(*failure) : Done();
+}
+
 Control::Done Control::delay_method(const char *method, guint milliseconds, guint times)
 {
-    if (Skeleton::method(method) == nullptr)
-        return no_such_method(method);
-    service_.faults().delay(method, milliseconds, times);
-    return {};
+    return set_only_fault(
+        "delay", method,
+        vardict({{"milliseconds", g_variant_new_uint32(milliseconds)}, {"times", g_variant_new_uint32(times)}}));
 }
 
 Control::Done Control::fail_method(const char *method, const char *error, const char *message, guint times)
 {
-    if (Skeleton::method(method) == nullptr)
-        return no_such_method(method);
-    if (g_dbus_is_error_name(error) == FALSE)
-        return wrong_argument("'" + std::string(error) + "' cannot be the name of an error");
-    service_.faults().fail(method, {error, message}, times);
+    return set_only_fault("error", method,
+                          vardict({{"error", g_variant_new_string(error)},
+                                   {"message", g_variant_new_string(message)},
+                                   {"times", g_variant_new_uint32(times)}}));
+}
+
+Control::Done Control::remove_fault(guint id)
+{
+    if (!service_.faults().remove(id))
+        return wrong_argument("there is no fault " + std::to_string(id));
+    advance(); // a device may be back
     return {};
+}
+
+Control::Answer<GVariant *> Control::list_faults()
+{
+    GVariantBuilder list;
+    g_variant_builder_init(&list, G_VARIANT_TYPE("a(ussa{sv}tt)"));
+    for (const Fault &fault : service_.faults().list())
+        g_variant_builder_add(&list, "(uss@a{sv}tt)", guint{fault.id}, name_of(fault.plan.kind),
+                              fault.plan.target.c_str(), fault.plan.given.get(), guint64{fault.met},
+                              guint64{fault.fired});
+    return std::tuple(g_variant_builder_end(&list));
 }
 
 Control::Done Control::clear_faults()
 {
     service_.faults().clear();
+    advance(); // devices may be back
     return {};
 }
 
@@ -163,6 +228,13 @@ Control::Done Control::come_back()
     } catch (const std::runtime_error &error) {
         return failed(error.what());
     }
+    return {};
+}
+
+Control::Done Control::crash()
+{
+    log_.line("control: Crash()  the service crashes as asked");
+    std::raise(SIGKILL);
     return {};
 }
 

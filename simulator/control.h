@@ -40,6 +40,9 @@ private:
     Done emit_signal(const char *name, GVariant *arguments);
     Done delay_method(const char *method, guint milliseconds, guint times);
     Done fail_method(const char *method, const char *error, const char *message, guint times);
+    Answer<guint> add_fault(const char *kind, const char *target, GVariant *options);
+    Done remove_fault(guint id);
+    Answer<GVariant *> list_faults();
     Done clear_faults();
     Done tune(guint64 service_id);
     Done set_date(gboolean is_set);
@@ -48,7 +51,11 @@ private:
     Done cancel_recording(guint id);
     Done vanish(guint milliseconds);
     Done come_back();
+    Done crash();
 
+    /// With is_only, in place of what there is of this kind for this target.
+    Answer<guint> set_fault(const char *kind, const char *target, GVariant *options, bool is_only);
+    Done set_only_fault(const char *kind, const char *target, GVariant *options);
     void come_back_by_itself();
 
     Service &service_;

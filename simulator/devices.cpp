@@ -60,7 +60,51 @@ const Devices::Device *Devices::mounted_at(const std::string &path) const
 Space Devices::space(int handle) const
 {
     const Device *device = find(handle);
-    return device != nullptr ? space_of_(device->mount_path()) : Space{};
+    if (device == nullptr)
+        return {};
+    Space space = space_of_(device->mount_path());
+    if (is_full(*device))
+        space.available = 0;
+    return space;
+}
+
+std::vector<std::string> Devices::names() const
+{
+    std::vector<std::string> names;
+    for (const Device &device : devices_)
+        names.push_back(device.description.name);
+    return names;
+}
+
+const Devices::Device *Devices::device_of(const std::string &path) const
+{
+    const auto found = std::find_if(devices_.begin(), devices_.end(), [&](const Device &device) {
+        return path == device.mount_path() || path.starts_with(device.mount_path() + "/");
+    });
+    return found == devices_.end() ? nullptr : &*found;
+}
+
+bool Devices::is_full(const Device &device) const
+{
+    return faults_ != nullptr && faults_->is_full(device.description.name);
+}
+
+bool Devices::is_pulled(const Device &device) const
+{
+    return faults_ != nullptr && faults_->is_pulled(device.description.name);
+}
+
+bool Devices::is_out_of_reach(const std::string &path) const
+{
+    const Device *device = device_of(path);
+    return device != nullptr && is_pulled(*device);
+}
+
+bool Devices::finds_room(const std::string &path) const
+{
+    const Device *device = device_of(path);
+    return faults_ == nullptr || device == nullptr ||
+           faults_->take(Occasion::writing, device->description.name) == nullptr;
 }
 
 int Devices::default_device() const
@@ -157,6 +201,8 @@ Outcome Devices::make_folder(const std::string &path, int permissions)
             continue;
         if (device.job == Device::Job::format)
             return refused("the device is being formatted");
+        if (!finds_room(path))
+            return refused("the device is full");
         try {
             make_folder_below(device.mount_path(), std::string_view(path).substr(beginning.size()),
                               static_cast<mode_t>(permissions));
@@ -191,7 +237,7 @@ void Devices::look()
 {
     next_look_ = clock_() + pace_(look_interval);
     for (Device &device : devices_) {
-        const bool is_there = is_folder(device.mount_path());
+        const bool is_there = is_folder(device.mount_path()) && !is_pulled(device);
         if (is_there && !device.is_there()) {
             device.handle = handles_.issue();
             tell(DeviceEvent::came, device);

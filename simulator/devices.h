@@ -2,6 +2,7 @@
 // which takes time. It knows no bus; what happens is told to an observer.
 #pragma once
 
+#include "faults.h"
 #include "folder.h"
 #include "handles.h"
 #include "outcome.h"
@@ -68,6 +69,12 @@ public:
     Devices(std::vector<DeviceDescription> descriptions, Clock clock, SpaceOf space_of, Observer observer,
             Pace pace = usual_pace);
 
+    /// From here on these faults decide which device is out and which is full.
+    void suffer(Faults &faults) { faults_ = &faults; }
+
+    /// Of all there may be, whether or not they are there.
+    std::vector<std::string> names() const;
+
     /// In the order of their descriptions.
     std::vector<int> all() const;
     /// Those that can be recorded to: writable, not being formatted, and not found too slow.
@@ -77,6 +84,10 @@ public:
     const Device *find(int handle) const;
     const Device *mounted_at(const std::string &path) const;
     Space space(int handle) const;
+    /// Whether a path lies on a device that is pulled out although its folder is there.
+    bool is_out_of_reach(const std::string &path) const;
+    /// Whether something may be written to the device that a path is on; to be asked before each write, once.
+    bool finds_room(const std::string &path) const;
 
     /// What recordings go to: the one chosen, or else the first that can be recorded to.
     int default_device() const;
@@ -108,6 +119,9 @@ public:
     void advance();
 
 private:
+    const Device *device_of(const std::string &path) const;
+    bool is_full(const Device &device) const;
+    bool is_pulled(const Device &device) const;
     static bool is_recordable(const Device &device);
     Outcome begin(int handle, Device::Job job, Microseconds time);
     void look();
@@ -122,6 +136,7 @@ private:
     Handles handles_;
     std::string chosen_; ///< its name
     Microseconds next_look_{0};
+    Faults *faults_ = nullptr; ///< null: nothing goes wrong on purpose
 };
 
 } // namespace simulator

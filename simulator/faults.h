@@ -1,41 +1,63 @@
-// What goes wrong on purpose: which methods are answered late, and which fail.
+// What goes wrong on purpose: the faults that are set, and whether one strikes. It knows no bus and no clock.
 #pragma once
 
+#include "fault_kinds.h"
+
 #include <cstdint>
-#include <map>
+#include <list>
 #include <optional>
+#include <random>
 #include <string>
 
 namespace simulator {
 
+/// A D-Bus error.
 struct Failure {
-    std::string error; ///< name of a D-Bus error
+    std::string error; ///< its name
     std::string message;
 };
 
-/// For each method at most one delay and one failure; a call that meets both is delayed and then fails. `times` is
-/// how many calls it meets, 0 for all until it is cleared. What is set replaces what was set before.
+struct Fault {
+    std::uint32_t id; ///< counts from 1 and never starts again
+    FaultPlan plan;
+    std::uint64_t met = 0;   ///< on so many occasions it might have struck
+    std::uint64_t fired = 0; ///< so often it did
+    bool is_on = false;      ///< the state of a fault that lasts from one occasion to the next
+    std::mt19937_64 dice;    ///< its sequence is the same everywhere
+
+    bool is_spent() const { return plan.options.times != 0 && fired == plan.options.times; }
+};
+
+/// Faults stay in the order in which they were added, also those that have struck as often as they were to.
 class Faults {
 public:
-    void delay(const std::string &method, std::uint32_t milliseconds, std::uint32_t times);
-    void fail(const std::string &method, Failure failure, std::uint32_t times);
-    void clear();
+    static constexpr std::size_t most = 1000;
 
-    /// What the next call of a method meets; it counts.
-    std::optional<std::uint32_t> take_delay(const std::string &method);
-    std::optional<Failure> take_failure(const std::string &method);
+    /// Throws std::length_error when there are too many already.
+    std::uint32_t add(FaultPlan plan);
+    /// False when there is none of this number.
+    bool remove(std::uint32_t id);
+    /// Of one kind and target.
+    void remove(FaultKind kind, const std::string &target);
+    void clear();
+    const std::list<Fault> &list() const { return faults_; }
+
+    /// The fault that strikes now: the first one that does. Those behind it do not notice the occasion. The code is
+    /// that of a signal. Null when none strikes; else it is there until faults are added or removed.
+    const FaultPlan *take(Occasion occasion, const std::string &target, std::optional<std::int32_t> code = {});
+
+    /// A call is about to be carried out: decides which devices it finds.
+    void call_passes();
+    /// Whether a device is out now.
+    bool is_pulled(const std::string &device) const;
+    /// Whether the next write to a device is certain to find no room. Asking is no occasion.
+    bool is_full(const std::string &device) const;
 
 private:
-    template <typename Effect>
-    struct Planned {
-        Effect effect;
-        std::uint32_t left; ///< 0: until cleared
-    };
-    template <typename Effect>
-    static std::optional<Effect> take(std::map<std::string, Planned<Effect>> &planned, const std::string &method);
+    static bool strikes(Fault &fault);
 
-    std::map<std::string, Planned<std::uint32_t>> delays_;
-    std::map<std::string, Planned<Failure>> failures_;
+    std::list<Fault> faults_;
+    std::uint32_t last_id_ = 0;
 };
 
 } // namespace simulator

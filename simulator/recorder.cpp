@@ -63,11 +63,14 @@ Outcome Recorder::start(std::optional<int> handle, std::uint64_t service_id, ps_
         return refuse(refusal, refused_result);
     if (type < PS_RECORD_TYPE_NORMAL || type > PS_RECORD_TYPE_COMPOSITE)
         return refuse(refusal, refused_result);
-    if (const int code = precheck(service_id, type); code != done)
+    const int device = set_.devices.default_device();
+    int code = precheck(service_id, type);
+    if ((code == done || code == no_space) && !set_.devices.finds_room(set_.devices.find(device)->mount_path()))
+        code = no_space;
+    if (code != done)
         return refuse(refusal, code);
 
     const Channel &channel = *set_.channels.find(service_id);
-    const int device = set_.devices.default_device();
     const std::string &folder = set_.devices.find(device)->mount_path();
     std::unique_ptr<Source> source;
     try {

@@ -48,6 +48,8 @@ void Recorder::advance()
 void Recorder::grow(Place recording)
 {
     const Microseconds now = lasted(*recording);
+    if (!set_.devices.finds_room(recording->file.path()))
+        return fail(recording, no_space, device_was_full);
     try {
         recording->file.grow(*recording->source, bytes_in(now, recording->bits_per_second));
         recording->file.give_up_before(bytes_in(given_up(*recording), recording->bits_per_second));
@@ -104,8 +106,10 @@ void Recorder::end(Place recording, IncompleteReason reason, std::optional<Recor
         ended.front().file.remove();
     } else {
         try {
-            ended.front().file.finish(std::chrono::duration_cast<std::chrono::milliseconds>(length).count(), reason,
-                                      set_.wall_clock());
+            // What is on a device that has been pulled out stays as it is.
+            if (!set_.devices.is_out_of_reach(ended.front().file.path()))
+                ended.front().file.finish(std::chrono::duration_cast<std::chrono::milliseconds>(length).count(), reason,
+                                          set_.wall_clock());
         } catch (const std::system_error &) {
             // The device is gone or full; the recording stays unfinished in its info file.
             reason = reason == is_whole ? device_failed : reason;

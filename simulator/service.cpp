@@ -16,6 +16,8 @@ Service::Service(const Log &log, Equipment equipment, std::function<void()> on_b
       recording_queries_(skeleton_.object(), set_), recording_files_(skeleton_.object(), set_),
       channels_(skeleton_.object(), set_), devices_(skeleton_.object(), set_)
 {
+    set_.devices.suffer(faults());
+    set_.signals.suffer(faults());
 }
 
 void Service::appear()

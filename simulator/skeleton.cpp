@@ -1,5 +1,7 @@
 #include "skeleton.h"
 
+#include "call_faults.h"
+
 #include <stdexcept>
 #include <string>
 
@@ -53,11 +55,6 @@ Skeleton::~Skeleton()
     g_object_unref(object_);
 }
 
-const GDBusMethodInfo *Skeleton::method(const char *name)
-{
-    return g_dbus_interface_info_lookup_method(org_vexan_tv_pvr_interface_info(), name);
-}
-
 void Skeleton::export_on(GDBusConnection *connection)
 {
     pvr::OwnedError error;
@@ -79,16 +76,16 @@ void Skeleton::on_call(GDBusConnection *, const char *sender, const char *, cons
 {
     Skeleton &self = *static_cast<GatedSkeleton *>(object)->gate;
     self.calls_.record(sender != nullptr ? sender : "", method, arguments);
-    if (const auto delay = self.faults_.take_delay(method))
-        self.hold(invocation, *delay);
+    if (const FaultPlan *fault = self.faults_.take(Occasion::arrival, method))
+        self.hold(invocation, fault->options.milliseconds);
     else
         self.let_in(invocation);
 }
 
 void Skeleton::let_in(GDBusMethodInvocation *invocation)
 {
-    if (const auto failure = faults_.take_failure(g_dbus_method_invocation_get_method_name(invocation)))
-        fail(invocation, *failure);
+    if (const FaultPlan *fault = faults_.take(Occasion::answer, g_dbus_method_invocation_get_method_name(invocation)))
+        fail(invocation, *fault);
     else
         pass(invocation);
 }
@@ -121,6 +118,7 @@ void Skeleton::drop_held()
 
 void Skeleton::pass(GDBusMethodInvocation *invocation)
 {
+    faults_.call_passes();
     generated_vtable(as_skeleton(object_))
         ->method_call(g_dbus_method_invocation_get_connection(invocation),
                       g_dbus_method_invocation_get_sender(invocation),
@@ -130,12 +128,12 @@ void Skeleton::pass(GDBusMethodInvocation *invocation)
                       g_dbus_method_invocation_get_parameters(invocation), invocation, object_);
 }
 
-void Skeleton::fail(GDBusMethodInvocation *invocation, const Failure &failure)
+void Skeleton::fail(GDBusMethodInvocation *invocation, const FaultPlan &fault)
 {
     log_.line(shown_call(*g_dbus_method_invocation_get_method_info(invocation),
                          g_dbus_method_invocation_get_parameters(invocation)) +
-              "  fails as asked: " + failure.error);
-    g_dbus_method_invocation_return_dbus_error(invocation, failure.error.c_str(), failure.message.c_str());
+              "  " + shown_fault(fault));
+    strike(invocation, fault);
 }
 
 } // namespace simulator

@@ -26,9 +26,6 @@ public:
     RecordedCalls &calls() { return calls_; }
     Faults &faults() { return faults_; }
 
-    /// The method of this name, or null when the interface has none.
-    static const GDBusMethodInfo *method(const char *name);
-
     /// Answers calls on this connection. Throws std::runtime_error.
     void export_on(GDBusConnection *connection);
     /// Leaves the connection. Calls that are held back are never answered.
@@ -45,7 +42,7 @@ private:
     void let_in(GDBusMethodInvocation *invocation);
     void hold(GDBusMethodInvocation *invocation, std::uint32_t milliseconds);
     void pass(GDBusMethodInvocation *invocation);
-    void fail(GDBusMethodInvocation *invocation, const Failure &failure);
+    void fail(GDBusMethodInvocation *invocation, const FaultPlan &fault);
     void pass_what_is_due();
     void drop_held();
 

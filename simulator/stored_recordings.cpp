@@ -112,6 +112,8 @@ Outcome StoredRecordings::make_thumbnail(const std::string &path, int width, int
 {
     if (width < 1 || width > widest_thumbnail || height < 1 || height > widest_thumbnail)
         return refused("no such size");
+    if (!devices_.finds_room(path))
+        return refused("the device is full");
     const ThumbnailForm form{planar_4_2_0, width, height, {}};
     try {
         write_file(with_extension(path, "yuv"), picture(width, height));

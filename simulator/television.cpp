@@ -223,6 +223,8 @@ void Television::change_channel(std::uint64_t service_id)
 Recording Television::open(const std::string &uri) const
 {
     const std::optional<std::string> path = local_path(uri);
+    if (path && devices.is_out_of_reach(*path))
+        throw Unplayable(PS_NO_SUCH_FILE_OR_DIRECTORY, "its device is pulled out");
     const RunningRecording *recording = path ? recorder.writing(*path) : nullptr;
     if (recording == nullptr)
         return open_recording(uri);

@@ -1,4 +1,4 @@
-"""The D-Bus policy file does on a real bus what it is there for."""
+"""A D-Bus policy file does on a real bus what it is there for: somebody owns a name, and others call it."""
 import argparse
 import os
 import pathlib
@@ -8,7 +8,6 @@ import sys
 import tempfile
 import unittest
 
-NAME = "org.vexan.tv.pvr.server"
 NOBODY = 65534
 OPTIONS = argparse.Namespace()
 # What the system bus allows before any service's policy file is read, as far as this test needs it.
@@ -67,11 +66,11 @@ class Bus:
     def owner(self, **options):
         # A copy, since the build folder may be one that only its owner can enter.
         program = shutil.copy(OPTIONS.owner, self.folder.name)
-        return self.start(program, NAME, **options)
+        return self.start(program, OPTIONS.name, **options)
 
     def call(self, **options):
         """What a client is answered that calls the service."""
-        client = self.start("dbus-send", "--system", "--print-reply", f"--dest={NAME}", "/org/vexan/tv/pvr",
+        client = self.start("dbus-send", "--system", "--print-reply", f"--dest={OPTIONS.name}", "/any",
                             "org.freedesktop.DBus.Peer.Ping", **options)
         return client.communicate(timeout=30)[0]
 
@@ -87,7 +86,7 @@ class ServiceOfRoot(unittest.TestCase):
 
     def test_is_called_by_nobody_without_the_policy(self):
         text = pathlib.Path(OPTIONS.policy).read_text(encoding="utf-8")
-        rule = f'<allow send_destination="{NAME}"/>'
+        rule = f'<allow send_destination="{OPTIONS.name}"/>'
         self.assertIn(rule, text)
         with tempfile.NamedTemporaryFile("w", suffix=".conf") as changed:
             changed.write(text.replace(rule, ""))
@@ -120,7 +119,7 @@ class Policy(unittest.TestCase):
 
 if __name__ == "__main__":
     parser = argparse.ArgumentParser()
-    for option in "policy", "owner":
+    for option in "policy", "name", "owner":
         parser.add_argument("--" + option, required=True)
     _, rest = parser.parse_known_args(namespace=OPTIONS)
     unittest.main(argv=sys.argv[:1] + rest, verbosity=2)

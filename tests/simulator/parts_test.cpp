@@ -1,6 +1,5 @@
-// The small parts: handles, recorded calls, faults, uris, records, log texts.
+// The small parts: handles, recorded calls, uris, records, log texts.
 #include "calls.h"
-#include "faults.h"
 #include "handles.h"
 #include "log.h"
 #include "recording.h"
@@ -79,32 +78,6 @@ TEST(RecordedCalls, CountOnAfterTheyWereCleared)
     EXPECT_EQ(calls.list().front().method, "play_stop");
     EXPECT_GT(calls.list().front().monotonic, 0us);
     EXPECT_GT(calls.list().front().wall, 1'000'000'000s);
-}
-
-TEST(Faults, MeetAsManyCallsAsTheyShould)
-{
-    Faults faults;
-    faults.delay("a", 5, 2);
-    faults.fail("a", {"x.Y", "text"}, 0);
-    for (int call = 0; call < 4; ++call) {
-        EXPECT_EQ(faults.take_delay("a"), call < 2 ? std::optional(5U) : std::nullopt) << call;
-        ASSERT_TRUE(faults.take_failure("a")) << call;
-    }
-    EXPECT_FALSE(faults.take_delay("b"));
-    EXPECT_FALSE(faults.take_failure("b"));
-    faults.clear();
-    EXPECT_FALSE(faults.take_failure("a"));
-}
-
-TEST(Faults, AreReplacedByLaterOnesOfTheSameKind)
-{
-    Faults faults;
-    faults.fail("a", {"x.Old", "old"}, 0);
-    faults.delay("a", 5, 0);
-    faults.fail("a", {"x.New", "new"}, 1);
-    EXPECT_EQ(faults.take_failure("a")->error, "x.New");
-    EXPECT_FALSE(faults.take_failure("a"));
-    EXPECT_EQ(faults.take_delay("a"), 5U);
 }
 
 TEST(LocalPath, IsNamedByAPathOrAFileUri)

@@ -63,11 +63,11 @@ GVariant *parsed(const std::string &text)
 std::string shown_record(int type, const std::string &digits)
 {
     pvr_service_signal record{};
+    if (digits.size() != 2 * sizeof record || digits.find_first_not_of("0123456789abcdef") != std::string::npos)
+        return "no record: " + digits;
     std::vector<unsigned char> bytes;
     for (std::size_t i = 0; i + 1 < digits.size(); i += 2)
         bytes.push_back(static_cast<unsigned char>(std::stoi(digits.substr(i, 2), nullptr, 16)));
-    if (bytes.size() != sizeof record)
-        throw std::runtime_error("a record of " + std::to_string(bytes.size()) + " bytes");
     std::memcpy(&record, bytes.data(), sizeof record);
     constexpr int of_playbacks[] = {PS_SIGNAL_TYPE_PLAY_STATE_CHANGE,      PS_SIGNAL_TYPE_PLAY_ERROR,
                                     PS_SIGNAL_TYPE_NOTIFY_PRE_PLAY_START,  PS_SIGNAL_TYPE_NOTIFY_PLAY_DONE,

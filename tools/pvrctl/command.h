@@ -53,6 +53,8 @@ std::string help_footer(Examples examples);
 void add_record_start(Commands &commands, CLI::App &object);
 void add_inf_set(Commands &commands, CLI::App &object);
 void add_inf_verify(Commands &commands, CLI::App &object);
+void add_sim_calls(Commands &commands, CLI::App &object);
+void add_sim_fault(Commands &commands, CLI::App &object);
 
 // One function per object.
 void add_play(Commands &commands);
@@ -70,5 +72,6 @@ void add_rights(Commands &commands);
 void add_error_text(Commands &commands);
 void add_status(Commands &commands);
 void add_monitor(Commands &commands);
+void add_sim(Commands &commands);
 
 } // namespace pvrctl

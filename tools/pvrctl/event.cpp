@@ -100,6 +100,8 @@ std::string unless_zero(const char *what, Number number)
     return number != 0 ? std::string(what) + ' ' + std::to_string(number) : "";
 }
 
+} // namespace
+
 std::string in_utc(std::int64_t time)
 {
     const auto seconds = static_cast<std::time_t>(time / microseconds);
@@ -118,8 +120,6 @@ std::string on_the_clock(std::int64_t time)
     std::snprintf(fraction.data(), fraction.size(), ".%03d", static_cast<int>(time % microseconds / 1000));
     return local_time(time / microseconds) + fraction.data();
 }
-
-} // namespace
 
 std::optional<int> signal_type_named(const std::string &name) { return code_named(pvr::ps_signal_type_e_str, name); }
 std::optional<int> method_named(const std::string &name) { return code_named(pvr::ps_method_e_str, name); }

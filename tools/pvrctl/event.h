@@ -1,6 +1,7 @@
 // An event of the service as pvrctl monitor shows it: the library's records as JSON, and as one line for people.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <pvr_records.h>
 #include <string>
@@ -28,6 +29,10 @@ Event other_event(const pvr_result_third &third);
 Event service_state_event(int state);
 /// Kinds "connected" and "disconnected", with the owner of the service's name that has come or gone.
 Event owner_event(const char *kind, const std::string &owner);
+
+/// A time in microseconds since 1970 UTC: for programs, and as the clock on the wall shows it.
+std::string in_utc(std::int64_t time);
+std::string on_the_clock(std::int64_t time);
 
 /// The events of a run, numbered from 1.
 class Stamp {
