@@ -27,6 +27,8 @@ struct Channel {
     bool is_locked; ///< against children
     bool is_scrambled;
     std::vector<std::string> titles; ///< of the programmes, which follow one another for ever; none: nothing is told
+
+    bool operator==(const Channel &) const = default;
 };
 
 struct Programme {

@@ -13,6 +13,8 @@ constexpr std::uint64_t longest_step = std::uint64_t{31} * 24 * 60 * 60;
 
 Failure wrong_argument(const char *message) { return {"org.freedesktop.DBus.Error.InvalidArgs", message}; }
 
+Failure failed(const char *message) { return {"org.freedesktop.DBus.Error.Failed", message}; }
+
 } // namespace
 
 Control::Done Control::step(guint64 seconds)
@@ -27,9 +29,11 @@ Control::Answer<guint> Control::schedule_recording(guint64 service_id, guint64 i
 {
     if (service_.set().channels.find(service_id) == nullptr)
         return wrong_argument("no such channel");
+    if (in_seconds > TimerRecordings::longest || duration > TimerRecordings::longest)
+        return wrong_argument("more than 366 days");
     const std::optional<std::uint32_t> id = service_.set().timer_recordings.set(service_id, in_seconds, duration);
     if (!id)
-        return wrong_argument("more than 366 days, or too many timer recordings");
+        return failed("there are too many timer recordings already");
     return std::tuple<guint>(*id);
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <glib.h>
+#include <iterator>
 #include <stdexcept>
 
 namespace simulator {
@@ -34,14 +35,27 @@ DeviceDescription described(const std::string &option, bool is_slow)
     const std::string name = option.substr(0, equals);
     if (equals == std::string::npos || name.empty() || equals + 1 == option.size())
         throw std::invalid_argument("'" + option + "' is not NAME=FOLDER");
-    const std::filesystem::path folder = resolved(option.substr(equals + 1));
-    check_text(folder.string());
-    if (is_within(resolved(g_get_home_dir()), folder))
-        throw std::invalid_argument(folder.string() + " holds the home folder, and a device can be formatted");
-    return {name, folder.string(), is_slow};
+    return described_device(name, option.substr(equals + 1), is_slow);
 }
 
 } // namespace
+
+DeviceDescription described_device(const std::string &name, const std::string &folder, bool is_slow)
+{
+    const std::filesystem::path whole = resolved(folder);
+    check_text(whole.string());
+    if (is_within(resolved(g_get_home_dir()), whole))
+        throw std::invalid_argument(whole.string() + " holds the home folder, and a device can be formatted");
+    return {name, whole.string(), is_slow};
+}
+
+void check_together(const DeviceDescription &one, const DeviceDescription &other)
+{
+    if (one.name == other.name)
+        throw std::invalid_argument("two devices are named " + one.name);
+    if (is_within(one.folder, other.folder) || is_within(other.folder, one.folder))
+        throw std::invalid_argument("the folders of " + one.name + " and " + other.name + " overlap");
+}
 
 std::vector<DeviceDescription> described_devices(const std::vector<std::string> &fast,
                                                  const std::vector<std::string> &slow)
@@ -52,12 +66,8 @@ std::vector<DeviceDescription> described_devices(const std::vector<std::string> 
     for (const std::string &option : slow)
         devices.push_back(described(option, true));
     for (auto one = devices.begin(); one != devices.end(); ++one)
-        for (auto other = std::next(one); other != devices.end(); ++other) {
-            if (one->name == other->name)
-                throw std::invalid_argument("two devices are named " + one->name);
-            if (is_within(one->folder, other->folder) || is_within(other->folder, one->folder))
-                throw std::invalid_argument("the folders of " + one->name + " and " + other->name + " overlap");
-        }
+        for (auto other = std::next(one); other != devices.end(); ++other)
+            check_together(*one, *other);
     return devices;
 }
 

@@ -18,6 +18,8 @@ struct DeviceDescription {
     std::string name;
     std::string folder;   ///< absolute and without links
     bool is_slow = false; ///< too slow to be recorded to, as a measurement will find out
+
+    bool operator==(const DeviceDescription &) const = default;
 };
 
 /// What happened to a device.

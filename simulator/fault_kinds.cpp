@@ -194,6 +194,20 @@ const char *name_of(FaultKind kind)
     return std::find_if(kinds().begin(), kinds().end(), [&](const Kind &known) { return known.kind == kind; })->name;
 }
 
+std::optional<FaultKind> fault_kind_named(const std::string &name)
+{
+    const auto found =
+        std::find_if(kinds().begin(), kinds().end(), [&](const Kind &known) { return known.name == name; });
+    return found == kinds().end() ? std::nullopt : std::optional(found->kind);
+}
+
+std::string type_of_fault_option(const std::string &name)
+{
+    const auto *found = std::find_if(std::begin(option_table), std::end(option_table),
+                                     [&](const Option &option) { return option.name == name; });
+    return found == std::end(option_table) ? "" : found->type;
+}
+
 FaultPlan planned_fault(const std::string &kind, const std::string &target, GVariant *options,
                         const std::vector<std::string> &devices)
 {

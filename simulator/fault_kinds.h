@@ -58,6 +58,10 @@ struct FaultPlan {
 };
 
 const char *name_of(FaultKind kind);
+/// Nothing when there is none of this name.
+std::optional<FaultKind> fault_kind_named(const std::string &name);
+/// The type of an option's value, as GVariant writes it; "" when no fault has such an option.
+std::string type_of_fault_option(const std::string &name);
 
 /// The fault that somebody asks for: kind and target by their names, the options an a{sv}, which is taken over when it
 /// is floating. Throws std::invalid_argument, which tells what is expected.

@@ -22,6 +22,8 @@ void Log::line(const std::string &text) const
 {
     if (!is_quiet_)
         std::fputs((text + "\n").c_str(), stderr);
+    if (copy_)
+        copy_(text);
 }
 
 std::string shown(std::string_view text)

@@ -1,9 +1,11 @@
 // What the service tells the person who watches it: one line for each call and each signal.
 #pragma once
 
+#include <functional>
 #include <gio/gio.h>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace simulator {
 
@@ -11,11 +13,15 @@ class Log {
 public:
     explicit Log(bool is_quiet) : is_quiet_(is_quiet) {}
 
+    /// Has somebody given each line as well, also when quiet.
+    void copy_to(std::function<void(const std::string &text)> copy) { copy_ = std::move(copy); }
+
     /// Writes a line to standard error, unless quiet.
     void line(const std::string &text) const;
 
 private:
     bool is_quiet_;
+    std::function<void(const std::string &text)> copy_;
 };
 
 /// A text of somebody else's in a line: control characters escaped, and cut when it is long.

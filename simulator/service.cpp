@@ -11,8 +11,9 @@ constexpr char service_name[] = "org.vexan.tv.pvr.server";
 } // namespace
 
 Service::Service(const Log &log, Equipment equipment, std::function<void()> on_bus_lost)
-    : on_bus_lost_(std::move(on_bus_lost)), skeleton_(log), set_(skeleton_.object(), std::move(equipment), log),
-      handles_(skeleton_.object(), set_), playback_(skeleton_.object(), set_), recordings_(skeleton_.object(), set_),
+    : on_bus_lost_(std::move(on_bus_lost)), skeleton_(log, equipment.latencies),
+      set_(skeleton_.object(), std::move(equipment), log), handles_(skeleton_.object(), set_),
+      playback_(skeleton_.object(), set_), recordings_(skeleton_.object(), set_),
       recording_queries_(skeleton_.object(), set_), recording_files_(skeleton_.object(), set_),
       channels_(skeleton_.object(), set_), devices_(skeleton_.object(), set_)
 {

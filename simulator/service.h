@@ -15,6 +15,8 @@
 
 #include <functional>
 #include <optional>
+#include <string>
+#include <utility>
 
 namespace simulator {
 
@@ -34,6 +36,8 @@ public:
     RecordedCalls &calls() { return skeleton_.calls(); }
     Faults &faults() { return skeleton_.faults(); }
     Television &set() { return set_; }
+    /// Has somebody told of each call once it is over, and of its method.
+    void watch(std::function<void(const std::string &method)> watcher) { skeleton_.watch(std::move(watcher)); }
 
     /// Broadcasts any signal of the service's interface; the body is a tuple, taken over when it is
     /// floating. False, with the error set, when that

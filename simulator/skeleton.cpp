@@ -4,6 +4,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace simulator {
 namespace {
@@ -43,8 +44,9 @@ GDBusInterfaceVTable *Skeleton::gated_vtable(GDBusInterfaceSkeleton *interface)
     return &vtable;
 }
 
-Skeleton::Skeleton(const Log &log)
-    : log_(log), timer_([this] { pass_what_is_due(); }), object_(ORG_VEXAN_TV_PVR(g_object_new(type(), nullptr)))
+Skeleton::Skeleton(const Log &log, Latencies latencies)
+    : log_(log), latencies_(std::move(latencies)), timer_([this] { pass_what_is_due(); }),
+      object_(ORG_VEXAN_TV_PVR(g_object_new(type(), nullptr)))
 {
     reinterpret_cast<GatedSkeleton *>(object_)->gate = this;
 }
@@ -76,26 +78,32 @@ void Skeleton::on_call(GDBusConnection *, const char *sender, const char *, cons
 {
     Skeleton &self = *static_cast<GatedSkeleton *>(object)->gate;
     self.calls_.record(sender != nullptr ? sender : "", method, arguments);
-    if (const FaultPlan *fault = self.faults_.take(Occasion::arrival, method))
-        self.hold(invocation, fault->options.milliseconds);
-    else
+    std::chrono::milliseconds wait(self.latencies_.of(method));
+    if (const FaultPlan *fault = self.faults_.take(Occasion::arrival, method)) {
+        wait += std::chrono::milliseconds(fault->options.milliseconds);
+        self.log_.line(shown_call(*g_dbus_method_invocation_get_method_info(invocation), arguments) +
+                       "  held back for " + std::to_string(fault->options.milliseconds) + " ms");
+    }
+    if (wait.count() == 0)
         self.let_in(invocation);
+    else
+        self.hold(invocation, wait);
 }
 
 void Skeleton::let_in(GDBusMethodInvocation *invocation)
 {
-    if (const FaultPlan *fault = faults_.take(Occasion::answer, g_dbus_method_invocation_get_method_name(invocation)))
+    const std::string method = g_dbus_method_invocation_get_method_name(invocation);
+    if (const FaultPlan *fault = faults_.take(Occasion::answer, method))
         fail(invocation, *fault);
     else
         pass(invocation);
+    if (watcher_)
+        watcher_(method);
 }
 
-void Skeleton::hold(GDBusMethodInvocation *invocation, std::uint32_t milliseconds)
+void Skeleton::hold(GDBusMethodInvocation *invocation, std::chrono::milliseconds time)
 {
-    log_.line(shown_call(*g_dbus_method_invocation_get_method_info(invocation),
-                         g_dbus_method_invocation_get_parameters(invocation)) +
-              "  held back for " + std::to_string(milliseconds) + " ms");
-    held_.emplace(monotonic_now() + std::chrono::milliseconds(milliseconds), invocation);
+    held_.emplace(monotonic_now() + time, invocation);
     timer_.set(held_.begin()->first);
 }
 

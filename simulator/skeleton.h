@@ -5,11 +5,16 @@
 #include "calls.h"
 #include "client/owned.h"
 #include "faults.h"
+#include "latencies.h"
 #include "log.h"
 #include "pvr_gdbus_generated.h"
 #include "timer.h"
 
+#include <chrono>
+#include <functional>
 #include <map>
+#include <string>
+#include <utility>
 
 namespace simulator {
 
@@ -17,7 +22,7 @@ class Skeleton {
 public:
     static constexpr char object_path[] = "/org/vexan/tv/pvr";
 
-    explicit Skeleton(const Log &log);
+    Skeleton(const Log &log, Latencies latencies);
     ~Skeleton();
     Skeleton(const Skeleton &) = delete;
     Skeleton &operator=(const Skeleton &) = delete;
@@ -25,6 +30,9 @@ public:
     OrgVexanTvPvr *object() const { return object_; }
     RecordedCalls &calls() { return calls_; }
     Faults &faults() { return faults_; }
+
+    /// Has somebody told of each call once it is over, also of one that a fault has struck.
+    void watch(std::function<void(const std::string &method)> watcher) { watcher_ = std::move(watcher); }
 
     /// Answers calls on this connection. Throws std::runtime_error.
     void export_on(GDBusConnection *connection);
@@ -40,13 +48,15 @@ private:
     static GType type();
 
     void let_in(GDBusMethodInvocation *invocation);
-    void hold(GDBusMethodInvocation *invocation, std::uint32_t milliseconds);
+    void hold(GDBusMethodInvocation *invocation, std::chrono::milliseconds time);
     void pass(GDBusMethodInvocation *invocation);
     void fail(GDBusMethodInvocation *invocation, const FaultPlan &fault);
     void pass_what_is_due();
     void drop_held();
 
     const Log &log_;
+    Latencies latencies_;
+    std::function<void(const std::string &method)> watcher_;
     RecordedCalls calls_;
     Faults faults_;
     std::multimap<Microseconds, GDBusMethodInvocation *> held_; ///< owned, by the moment when they pass

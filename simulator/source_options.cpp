@@ -1,6 +1,5 @@
 #include "source_options.h"
 
-#include "channels.h"
 #include "test_programme.h"
 
 #include <algorithm>
@@ -21,13 +20,14 @@ bool is_number(const std::string &text, Number &number)
 }
 
 /// A channel, and what is said of it behind an equals sign.
-std::pair<Channel, std::string> parted(const std::string &option, const std::string &form)
+std::pair<Channel, std::string> parted(const std::string &option, const std::string &form,
+                                       const std::vector<Channel> &channels)
 {
     const std::size_t equals = std::min(option.find('='), option.size());
     std::uint64_t service_id = 0;
     if (!is_number(option.substr(0, equals), service_id) || equals + 1 >= option.size())
         throw std::invalid_argument("'" + option + "' is not " + form);
-    for (const Channel &channel : built_in_channels())
+    for (const Channel &channel : channels)
         if (channel.service_id == service_id)
             return {channel, option.substr(equals + 1)};
     throw std::invalid_argument("there is no channel " + std::to_string(service_id));
@@ -35,22 +35,24 @@ std::pair<Channel, std::string> parted(const std::string &option, const std::str
 
 } // namespace
 
-std::map<std::uint64_t, std::string> described_sources(const std::vector<std::string> &options)
+std::map<std::uint64_t, std::string> described_sources(const std::vector<std::string> &options,
+                                                       const std::vector<Channel> &channels)
 {
     std::map<std::uint64_t, std::string> sources;
     for (const std::string &option : options) {
-        const auto [channel, source] = parted(option, "ID=SOURCE");
+        const auto [channel, source] = parted(option, "ID=SOURCE", channels);
         if (!sources.emplace(channel.service_id, source).second)
             throw std::invalid_argument("channel " + std::to_string(channel.service_id) + " has two sources");
     }
     return sources;
 }
 
-std::map<std::uint64_t, int> described_bit_rates(const std::vector<std::string> &options)
+std::map<std::uint64_t, int> described_bit_rates(const std::vector<std::string> &options,
+                                                 const std::vector<Channel> &channels)
 {
     std::map<std::uint64_t, int> bit_rates;
     for (const std::string &option : options) {
-        const auto [channel, text] = parted(option, "ID=NUMBER");
+        const auto [channel, text] = parted(option, "ID=NUMBER", channels);
         int bit_rate = 0;
         if (!is_number(text, bit_rate))
             throw std::invalid_argument("'" + option + "' is not ID=NUMBER");

@@ -22,13 +22,10 @@ constexpr Microseconds longest_slice = std::chrono::milliseconds(100);
 /// How often the set wakes up at most when time passes faster than it does.
 constexpr Microseconds tick = std::chrono::milliseconds(20);
 
-std::vector<Channel> channels_of(const Equipment &equipment)
+VirtualClock clock_of(const Equipment &equipment)
 {
-    std::vector<Channel> channels = built_in_channels();
-    for (Channel &channel : channels)
-        if (const auto given = equipment.bit_rates.find(channel.service_id); given != equipment.bit_rates.end())
-            channel.bits_per_second = given->second;
-    return channels;
+    return equipment.standing_since ? VirtualClock::standing_at(*equipment.standing_since)
+                                    : VirtualClock(equipment.speed);
 }
 
 /// The report that so many recordings are in the way of another channel.
@@ -42,8 +39,8 @@ ps_method_e report_of(std::size_t recordings)
 } // namespace
 
 Television::Television(OrgVexanTvPvr *object, Equipment equipment, const Log &log)
-    : log_(log), clock(equipment.speed), signals(object, log),
-      channels(channels_of(equipment), [this] { return clock.wall_seconds(); }), values(handles),
+    : log_(log), clock(clock_of(equipment)), signals(object, log),
+      channels(std::move(equipment.channels), [this] { return clock.wall_seconds(); }), values(handles),
       devices(
           std::move(equipment.devices), [this] { return clock.now(); }, space_of,
           [this](const DeviceEvent &event) {
@@ -139,7 +136,7 @@ void Television::let_happen()
 void Television::set_timer()
 {
     const std::optional<Microseconds> moment = due();
-    if (!moment)
+    if (!moment || clock.stands_still())
         return timer_.set(std::nullopt);
     const Microseconds coming = clock.real_moment(*moment);
     timer_.set(clock.speed() > 1 ? std::max(coming, last_tick_ + tick) : coming);

@@ -4,6 +4,7 @@
 
 #include "channels.h"
 #include "devices.h"
+#include "equipment.h"
 #include "handles.h"
 #include "log.h"
 #include "player.h"
@@ -15,22 +16,10 @@
 #include "virtual_clock.h"
 
 #include <cstdint>
-#include <map>
 #include <optional>
 #include <string>
-#include <vector>
 
 namespace simulator {
-
-/// What there is to be, as the options tell.
-struct Equipment {
-    std::vector<DeviceDescription> devices{};
-    std::map<std::uint64_t, std::string> sources{}; ///< of channels, as open_source() understands them
-    std::map<std::uint64_t, int> bit_rates{};       ///< of channels, where another one is wanted
-    int tuners = Recorder::default_tuners;
-    double speed = 1; ///< of the time
-    Microseconds longest_timeshift = Recorder::default_timeshift;
-};
 
 class Television {
     const Log &log_; // first: what is made below tells of itself
@@ -38,6 +27,8 @@ class Television {
 public:
     Television(OrgVexanTvPvr *object, Equipment equipment, const Log &log);
 
+    /// When something will happen by itself.
+    std::optional<Microseconds> due() const;
     /// Lets everything happen that is due, each thing at its moment. Where that takes long, the rest waits.
     void advance();
     /// The same, after so much time has passed at once; nothing waits.
@@ -68,7 +59,6 @@ private:
     void pass_time(Patience patience);
     void let_happen();
     void set_timer();
-    std::optional<Microseconds> due() const;
     void tell_state();
     void change_channel(std::uint64_t service_id);
     Recording open(const std::string &uri) const;

@@ -26,6 +26,14 @@ VirtualClock::VirtualClock(double speed, RealClock real)
 {
 }
 
+VirtualClock VirtualClock::standing_at(Microseconds wall)
+{
+    constexpr Microseconds any_moment = std::chrono::hours(1);
+    VirtualClock clock(1, [wall] { return Real{any_moment, wall}; });
+    clock.stands_still_ = true;
+    return clock;
+}
+
 Microseconds VirtualClock::target()
 {
     // Less is a clock that is being disciplined, and the time between two questions.

@@ -26,6 +26,10 @@ public:
     /// Begins with the real time; from then on an hour lasts an hour divided by the speed.
     explicit VirtualClock(double speed = 1, RealClock real = real_now);
 
+    /// A clock that only skip() takes further, from a moment since 1970 UTC on.
+    static VirtualClock standing_at(Microseconds wall);
+
+    bool stands_still() const { return stands_still_; }
     double speed() const { return speed_; }
     /// The moment that the set lives in, which changes by go_to() alone. Moments count as the timers' do at first.
     Microseconds now() const { return now_; }
@@ -42,7 +46,7 @@ public:
     /// Time goes on from where the set is, though it should have got further.
     void forget_lag();
 
-    /// When a moment comes, on the clock of timers.
+    /// When a moment comes, on the clock of timers. Of a clock that stands still none does.
     Microseconds real_moment(Microseconds moment) const;
     /// How long something waits that recurs after this time: longer when time passes faster, or is to be caught up.
     Microseconds stride(Microseconds usual) const;
@@ -51,6 +55,7 @@ public:
 
 private:
     double speed_;
+    bool stands_still_ = false;
     RealClock real_;
     Microseconds origin_;         ///< the moment
     Microseconds real_origin_;    ///< that belongs to this one of the machine

@@ -99,10 +99,11 @@ class InfoShow(SideFilesTest):
             (self.folder / (TELEVISION + ".inf")).write_bytes(image)
             self.assertEqual(self.succeed("inf", "show", TELEVISION + ".srf")["state"], state)
         struct.pack_into("<HH", image, 10627, 1, 0)
-        struct.pack_into("<H", image, 10645, 1)
-        (self.folder / (TELEVISION + ".inf")).write_bytes(image)
-        self.assertEqual(lines(self.run_pvrctl("inf", "show", TELEVISION + ".srf")[1])["incomplete_reason"],
-                         "1, the device was full")
+        for reason, words in (1, "the device was full"), (4, "the service was ended in the middle"):
+            struct.pack_into("<H", image, 10645, reason)
+            (self.folder / (TELEVISION + ".inf")).write_bytes(image)
+            self.assertEqual(lines(self.run_pvrctl("inf", "show", TELEVISION + ".srf")[1])["incomplete_reason"],
+                             f"{reason}, {words}")
 
     def test_a_finished_recording_takes_no_bus(self):
         recording = self.take(TELEVISION)

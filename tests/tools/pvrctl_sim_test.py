@@ -12,7 +12,7 @@ KINDS = ("delay, no-answer, error, result, wrong-type, crash, hold, drop, duplic
 NO_SERVICE = "the development service is not running: nobody owns org.vexan.tv.pvr.Simulator1 on the bus"
 VERBS = [["calls"], ["calls", "--follow"], ["calls", "--clear"], ["fault", "list"], ["fault", "clear"],
          ["fault", "remove", 1], ["fault", "add", "crash", "get_handle"], ["emit", "result_to_apps", 200], ["tune", 1],
-         ["date", "set"], ["vanish"], ["return"], ["crash"]]
+         ["date", "set"], ["step", 1], ["timer", "add", 1, "--in", 60], ["timer", "remove", 1], ["vanish"], ["return"], ["crash"]]
 
 
 class SimFaults(SandboxedTest):
@@ -182,6 +182,43 @@ class Sim(SandboxedTest):
             self.assertEqual(self.ask_service("is_date_set"), answer)
         self.assertIn("maybe not in {set,unset}", self.fail_with(USAGE, "sim", "date", "maybe"))
 
+    def recorded(self):
+        return [recording["service_id"] for recording in self.succeed("record", "list")["recordings"]]
+
+    def test_has_time_pass_at_once(self):
+        self.succeed("record", "start", 3, "--duration", 600)
+        self.assertEqual(self.succeed("sim", "step", 300), {"seconds": 300, "passed": True})
+        self.assertEqual(self.recorded(), [3])
+        self.succeed("sim", "step", 300)
+        self.assertEqual(self.recorded(), [])
+        self.assertEqual(self.fail_with(USAGE, "sim", "step", 31 * 86400 + 1), "more than 31 days")
+
+    def test_sets_recordings_for_later(self):
+        self.assertEqual(self.succeed("sim", "timer", "add", 3, "--in", 3600, "--duration", 600),
+                         {"id": 1, "service_id": 3, "in_seconds": 3600, "duration": 600})
+        self.assertEqual(self.succeed("sim", "timer", "add", 1, "--in", 3600)["duration"], 0)
+        self.succeed("sim", "timer", "remove", 2)
+        self.succeed("sim", "step", 3600)
+        self.assertEqual(self.recorded(), [3])
+        self.succeed("sim", "step", 600)
+        self.assertEqual(self.recorded(), [])
+
+    def test_ends_a_timer_recording_that_runs(self):
+        self.succeed("sim", "timer", "add", 3, "--in", 0)
+        self.assertEqual(self.recorded(), [3])
+        self.assertEqual(self.succeed("sim", "timer", "remove", 1), {"id": 1, "removed": True})
+        self.assertEqual(self.recorded(), [])
+
+    def test_tells_which_timer_recordings_cannot_be(self):
+        too_far = 366 * 86400 + 1
+        for code, arguments, message in [
+                (NOT_FOUND, ["add", 99, "--in", 1], "no such channel"),
+                (USAGE, ["add", 1, "--in", too_far], f"--in: {too_far} s are more than 366 days"),
+                (USAGE, ["add", 1, "--in", 1, "--duration", too_far], f"--duration: {too_far} s are more than 366 days"),
+                (NOT_FOUND, ["remove", 7], "no such timer recording")]:
+            with self.subTest(arguments=arguments):
+                self.assertEqual(self.fail_with(code, "sim", "timer", *arguments), message)
+
     def test_has_the_service_vanish_and_return(self):
         self.assertEqual(self.succeed("sim", "vanish"), {"away": True, "milliseconds": None})
         self.assertIn("is not running", self.fail_with(NOT_RUNNING, "handle", "get"))
@@ -206,6 +243,8 @@ class Sim(SandboxedTest):
     def test_speaks_to_people(self):
         for arguments, text in [(["emit", "x"], "emitted  x\n"), (["tune", 2], "tuned to  2\n"),
                                 (["date", "unset"], "date  unset\n"), (["calls", "--clear"], "calls  none\n"),
+                                (["step", 5], "passed  5 s\n"), (["timer", "add", 3, "--in", 9], "timer  1\n"),
+                                (["timer", "remove", 1], "removed  1\n"),
                                 (["vanish"], "away  until it is told to return\n"),
                                 (["vanish", "--for", 100000], "away  for 100000 ms\n"),
                                 (["return"], "service  is there\n")]:
@@ -272,6 +311,13 @@ class SimCommandLine(PvrctlTest):
                 (["tune"], "SERVICE_ID is required"),
                 (["tune", -1], "SERVICE_ID: '-1' is not between 0 and 18446744073709551615"),
                 (["date"], "STATE is required"),
+                (["step"], "SECONDS is required"),
+                (["step", -1], "SECONDS: '-1' is not between 0 and 18446744073709551615"),
+                (["timer"], "a command is missing. See 'pvrctl sim timer --help'"),
+                (["timer", "add", 1], "--in is required"),
+                (["timer", "add", "--in", 1], "SERVICE_ID is required"),
+                (["timer", "add", 1, "--in", "soon"], "--in: 'soon' is no whole number"),
+                (["timer", "remove"], "ID is required"),
                 (["vanish", "--for", 0], "--for: '0' is not between 1 and 2147483647"),
                 (["return", "now"], "The following argument was not expected: now"),
                 (["crash", 1], "The following argument was not expected: 1")]:

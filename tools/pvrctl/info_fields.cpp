@@ -107,7 +107,7 @@ std::string as_reason(std::uint64_t code)
 {
     return with_name(std::array{CodeName{0, "none"}, CodeName{1, "the device was full"},
                                 CodeName{2, "the device has failed"}, CodeName{3, "the source has failed"},
-                                CodeName{5, "it was cut off"}},
+                                CodeName{4, "the service was ended in the middle"}, CodeName{5, "it was cut off"}},
                      code);
 }
 
