@@ -31,6 +31,12 @@ protected:
             peer.call("call_app", "(4, uint64 " + channel + ", " + std::to_string(duration) + ", '', uint32 0)");
         return answer;
     }
+    /// Sets a recording for later, and answers as the service does.
+    std::string schedule(const std::string &channel, int in_seconds, int duration)
+    {
+        return peer.control("ScheduleRecording", "(uint64 " + channel + ", uint64 " + std::to_string(in_seconds) +
+                                                     ", uint64 " + std::to_string(duration) + ")");
+    }
     std::string of_channel(const std::string &method, const std::string &channel)
     {
         return peer.call(method, "(uint64 " + channel + ",)");
