@@ -5,9 +5,12 @@
 #ifndef PVR_BASE_H
 #define PVR_BASE_H
 
+/** Functions that the library exports. */
 #define PVR_API __attribute__((visibility("default")))
+/** Functions that are kept for older programs alone. */
 #define PVR_RETIRED __attribute__((deprecated("retired: does nothing")))
 
+/** Functions that throw nothing. */
 #ifdef __cplusplus
 #define PVR_NOEXCEPT noexcept
 #else

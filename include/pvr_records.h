@@ -11,6 +11,7 @@
 
 #include <stdint.h>
 
+/** Lays a record out without any padding. */
 #define PVR_PACKED __attribute__((packed))
 
 /** A storage device, 789 bytes. Check get_size_of_device_info() against sizeof. */
@@ -62,53 +63,53 @@ typedef struct PVR_PACKED pvr_file_info_s {
     char channel_name[256];   /**< UTF-8, NUL-terminated */
     char programe_title[256]; /**< UTF-8, NUL-terminated */
     char channel_num[256];    /**< the channel number as text */
-    int32_t reserved_770;
-    int32_t reserved_774;
+    int32_t reserved_770;     /**< 0 in a record that was converted */
+    int32_t reserved_774;     /**< 0 in a record that was converted */
     uint32_t
         start_time; /**< of the recording, in the service's unit; the development service uses seconds since 1970 UTC */
-    uint32_t duration;        /**< milliseconds */
-    uint32_t resume_play_pos; /**< where playback was left, milliseconds */
-    uint32_t opaque_790;
-    uint32_t nThumbnailType; /**< 0 video, 1 audio only */
-    uint32_t video_pid;
-    uint32_t PCR_pid;
-    uint32_t audio_pid;
-    uint32_t opaque_810;
-    uint16_t program_num;
-    uint16_t opaque_816;
-    uint16_t major; /**< major channel number */
-    uint16_t minor; /**< minor channel number */
-    uint16_t opaque_822;
-    uint16_t channel_type;
-    uint8_t opaque_826[256];
-    uint32_t opaque_1082[4];
-    uint8_t opaque_1098[150];
-    uint8_t opaque_1248[4096];
-    uint8_t opaque_5344[256];
-    uint32_t opaque_5600[4];
-    uint32_t flag_HD;  /**< only the low 16 bits count */
-    uint32_t flag_TTX; /**< teletext; only the low 16 bits count */
-    uint32_t opaque_5624;
-    uint8_t opaque_5628[510];
-    uint32_t opaque_6138;
-    uint16_t rating;
-    uint8_t opaque_6144[14];
-    uint16_t repeat_type;
-    uint16_t opaque_6160;
-    uint32_t video_type;
-    uint32_t audio_type;
-    uint32_t opaque_6170[2];
-    uint8_t opaque_6178[80];
-    uint16_t opaque_6258;
-    uint8_t content_version; /**< 1 for an ATSC 3.0 recording */
-    uint8_t opaque_6261[256];
-    uint32_t opaque_6517[3];
-    uint16_t opaque_6529;
-    uint8_t opaque_6531[4096];
-    uint16_t record_complete; /**< 0 while it is being recorded or was cut off, 1 when it is complete */
-    uint8_t opaque_10629[16];
+    uint32_t duration;          /**< milliseconds */
+    uint32_t resume_play_pos;   /**< where playback was left, milliseconds */
+    uint32_t opaque_790;        /**< carried unchanged */
+    uint32_t nThumbnailType;    /**< 0 video, 1 audio only */
+    uint32_t video_pid;         /**< PID of the pictures */
+    uint32_t PCR_pid;           /**< PID of the clock references */
+    uint32_t audio_pid;         /**< PID of the sound */
+    uint32_t opaque_810;        /**< carried unchanged */
+    uint16_t program_num;       /**< number of the programme in the stream */
+    uint16_t opaque_816;        /**< carried unchanged */
+    uint16_t major;             /**< major channel number */
+    uint16_t minor;             /**< minor channel number */
+    uint16_t opaque_822;        /**< carried unchanged */
+    uint16_t channel_type;      /**< a code of the service */
+    uint8_t opaque_826[256];    /**< carried unchanged */
+    uint32_t opaque_1082[4];    /**< carried unchanged */
+    uint8_t opaque_1098[150];   /**< carried unchanged */
+    uint8_t opaque_1248[4096];  /**< carried unchanged */
+    uint8_t opaque_5344[256];   /**< carried unchanged */
+    uint32_t opaque_5600[4];    /**< carried unchanged */
+    uint32_t flag_HD;           /**< only the low 16 bits count */
+    uint32_t flag_TTX;          /**< teletext; only the low 16 bits count */
+    uint32_t opaque_5624;       /**< carried unchanged */
+    uint8_t opaque_5628[510];   /**< carried unchanged */
+    uint32_t opaque_6138;       /**< carried unchanged */
+    uint16_t rating;            /**< a code of the service */
+    uint8_t opaque_6144[14];    /**< carried unchanged */
+    uint16_t repeat_type;       /**< a code of the service */
+    uint16_t opaque_6160;       /**< carried unchanged */
+    uint32_t video_type;        /**< a code of the service */
+    uint32_t audio_type;        /**< a code of the service */
+    uint32_t opaque_6170[2];    /**< carried unchanged */
+    uint8_t opaque_6178[80];    /**< carried unchanged */
+    uint16_t opaque_6258;       /**< carried unchanged */
+    uint8_t content_version;    /**< 1 for an ATSC 3.0 recording */
+    uint8_t opaque_6261[256];   /**< carried unchanged */
+    uint32_t opaque_6517[3];    /**< carried unchanged */
+    uint16_t opaque_6529;       /**< carried unchanged */
+    uint8_t opaque_6531[4096];  /**< carried unchanged */
+    uint16_t record_complete;   /**< 0 while it is being recorded or was cut off, 1 when it is complete */
+    uint8_t opaque_10629[16];   /**< carried unchanged */
     uint16_t incomplete_reason; /**< 5: it was cut off and nobody records it any more; other codes are the service's */
-    uint8_t opaque_10647[258];
+    uint8_t opaque_10647[258];  /**< carried unchanged */
 } pvr_file_info_s;
 
 /** How a recording's thumbnail is coded, 52 bytes: the whole of the colour-format file beside a recording. */
@@ -121,15 +122,15 @@ typedef struct PVR_PACKED yuv_info {
 
 /** A state change or notification, 291 bytes. Check get_size_of_pvr_service_signal() against sizeof. */
 typedef struct PVR_PACKED pvr_service_signal {
-    int32_t opaque_0;
-    int32_t result; /**< result code of the service */
-    int32_t handle; /**< handle of the recording or playback concerned */
-    uint8_t opaque_12[8];
+    int32_t opaque_0;      /**< carried unchanged */
+    int32_t result;        /**< result code of the service */
+    int32_t handle;        /**< handle of the recording or playback concerned */
+    uint8_t opaque_12[8];  /**< carried unchanged */
     int32_t profile_type;  /**< a code of the service */
     int32_t screen_id;     /**< a code of the service */
     char uri[255];         /**< location of the recording, NUL-terminated by the service */
     int32_t current_state; /**< the new state; which enumeration it belongs to depends on the signal's type */
-    int32_t opaque_287;
+    int32_t opaque_287;    /**< carried unchanged */
 } pvr_service_signal;
 
 /**

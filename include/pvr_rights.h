@@ -74,7 +74,7 @@ PVR_API int svc_pvr_is_this_whole_file_exceeded_retention_limit(const char *file
 PVR_API int svc_pvr_get_expired_content_sections(const char *file_name, expired_content_section *sections, int *count,
                                                  int *success) PVR_NOEXCEPT;
 
-/** The size of expired_content_section in the library, 8: compare it with sizeof. */
+/** @return sizeof(expired_content_section) as the library sees it, 8. */
 PVR_API unsigned get_size_of_expired_content_section(void) PVR_NOEXCEPT;
 
 /**
@@ -121,19 +121,51 @@ PVR_API int GetTVStandard(void) PVR_NOEXCEPT;
 /** @return 1 when the product has a CI slot, else 0. Read anew on every call. */
 PVR_API int IsSupportCI(void) PVR_NOEXCEPT;
 
-/** As svc_pvr_is_blocked_by_parental_control. */
+/**
+ * As svc_pvr_is_blocked_by_parental_control.
+ *
+ * @param path     path of the recording
+ * @param blocked  1, or 0 when the conditional-access library says that it is not blocked
+ * @return PVR_CA_SUCCESS, PVR_CA_BAD_ARGUMENT or PVR_CA_NO_ANSWER
+ */
 PVR_API int IsBlockedByParentalControl(const char *path, int *blocked);
 
-/** As svc_pvr_is_this_whole_file_exceeded_retention_limit. */
+/**
+ * As svc_pvr_is_this_whole_file_exceeded_retention_limit.
+ *
+ * @param path      path of the recording
+ * @param exceeded  1, or 0 when the conditional-access library says that it is not, or need not be asked
+ * @return PVR_CA_SUCCESS, PVR_CA_BAD_ARGUMENT or PVR_CA_NO_ANSWER
+ */
 PVR_API int IsThisWholeFileExceededRetentionLimit(const char *path, int *exceeded);
 
-/** As svc_pvr_is_thumbnail_valid, and returns what that does not: PVR_CA_SUCCESS, _BAD_ARGUMENT or _NO_ANSWER. */
+/**
+ * As svc_pvr_is_thumbnail_valid, and returns what that does not.
+ *
+ * @param path      path of the recording
+ * @param position  the place in the recording, in the conditional-access library's unit
+ * @param valid     1, or 0 when the conditional-access library says that it may not be shown
+ * @return PVR_CA_SUCCESS, PVR_CA_BAD_ARGUMENT or PVR_CA_NO_ANSWER
+ */
 PVR_API int IsThumbnailValid(const char *path, int position, int *valid);
 
-/** As svc_pvr_get_ci_thumb_type; what it returns stands in place of success. */
+/**
+ * As svc_pvr_get_ci_thumb_type.
+ *
+ * @param path        path of the recording
+ * @param thumb_type  a code of the conditional-access library; 0 when it need not be asked
+ * @return what stands in place of success: PVR_CA_SUCCESS, PVR_CA_BAD_ARGUMENT or PVR_CA_NO_ANSWER
+ */
 PVR_API int GetCIThumbType(const char *path, int *thumb_type);
 
-/** As svc_pvr_get_content_info; what it returns stands in place of success. */
+/**
+ * As svc_pvr_get_content_info.
+ *
+ * @param path        path of the recording
+ * @param info_type   a code of the conditional-access library
+ * @param play_count  0 to 255
+ * @return what stands in place of success: PVR_CA_SUCCESS, PVR_CA_BAD_ARGUMENT or PVR_CA_NO_ANSWER
+ */
 PVR_API int GetContentInfo(const char *path, int *info_type, unsigned char *play_count);
 
 /**

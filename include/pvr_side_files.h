@@ -61,7 +61,7 @@ PVR_API int svc_pvr_get_pvr_file_info(const char *file_path, pvr_file_info_s *in
  */
 PVR_API int svc_pvr_set_pvr_file_info_ex(const char *file_path, pvr_file_info_s *info) PVR_NOEXCEPT;
 
-/** The size of pvr_file_info_s in the library, 10905: compare it with sizeof. */
+/** @return sizeof(pvr_file_info_s) as the library sees it, 10905. */
 PVR_API unsigned get_size_of_pvr_file_info(void) PVR_NOEXCEPT;
 
 /**
@@ -84,13 +84,21 @@ PVR_API int svc_pvr_is_audio_only(const char *file_path, int *is_audio_only) PVR
 PVR_API int svc_pvr_is_file_recorded_local(const char *file_path, int *result) PVR_NOEXCEPT;
 
 /**
- * The same under the names that older programs use.
+ * The same under a name that older programs use.
  *
  * @param file_path  ignored
  * @param result     0
  * @return 7 always
  */
 PVR_API int IsFileRecordedLocal(const char *file_path, int *result) PVR_NOEXCEPT;
+
+/**
+ * The same under another such name.
+ *
+ * @param file_path  ignored
+ * @param result     0
+ * @return 7 always
+ */
 PVR_API int IsFileRecordedLocalVexan(const char *file_path, int *result) PVR_NOEXCEPT;
 
 /** @} */

@@ -85,8 +85,9 @@ int serve(Log &log, Scenario scenario, const std::string &event_log)
         Service service(log, std::move(scenario.equipment), on_bus_lost);
         if (events)
             events->follow([&service] { return service.set().clock.now(); });
-        service.appear();
+        // First the control: who waits for the service finds both.
         const Control control(service, log, on_bus_lost);
+        service.appear();
         std::optional<ScenarioPlayer> player;
         if (!scenario.steps.empty())
             player.emplace(std::move(scenario.steps), service, log).play();

@@ -58,7 +58,7 @@ class Sources(ExamplesTest):
         }
         sources = sorted(pathlib.Path(OPTIONS.sources).glob("*.c*"))
         self.assertEqual([source.name for source in sources],
-                         ["record_and_listen.c", "smallest.c", "watch.cpp", "worker_thread.c"])
+                         ["record_and_listen.c", "smallest.c", "tutorial.c", "watch.cpp", "worker_thread.c"])
         for source in sources:
             for language, compiler in languages[source.suffix].items():
                 with self.subTest(source=source.name, language=language):
@@ -170,6 +170,35 @@ class RecordAndListen(ExamplesTest):
                          (1, "", "record_and_listen: there is no session (PVR_LOG=stderr tells more)\n"))
 
 
+class Tutorial(ExamplesTest):
+    def test_shows_how_far_the_recording_is_and_where_it_lies(self):
+        status, output, complaint = run(OPTIONS.sandbox, "--", OPTIONS.tutorial, 1, 2)
+        self.assertEqual((status, complaint), (0, ""))
+        *progress, end = output.splitlines()
+        self.assertRegex(end, r"^recorded /.*First\.srf$")
+        for line in progress:
+            self.assertRegex(line, r"^\[##########          \] 1 of 2 s$|^\[####################\] 2 of 2 s$")
+
+    def test_stops_the_recording_when_it_is_interrupted(self):
+        with subprocess.Popen([OPTIONS.sandbox, "--", "sh", "-c", f"echo $$; exec {OPTIONS.tutorial} 1 600"], text=True,
+                              stdout=subprocess.PIPE) as sandbox:
+            process = int(sandbox.stdout.readline())
+            self.assertRegex(sandbox.stdout.readline(), " of 600 s")
+            os.kill(process, signal.SIGINT)
+            self.assertRegex(sandbox.communicate()[0].splitlines()[-1], r"^recorded /.*First\.srf$")
+        self.assertEqual(sandbox.returncode, 0)
+
+    def test_tells_why_it_cannot_do_its_work(self):
+        program = OPTIONS.tutorial
+        for arguments in (), ("1",), ("one", "1"), ("1", "0"), ("1", "1", "1"):
+            self.assertEqual(run(program, *arguments), (1, "", "usage: tutorial SERVICE_ID SECONDS\n"))
+        self.assertEqual(run(OPTIONS.sandbox, "--", program, 5, 1), (1, "", "tutorial: refused, with code 10\n"))
+        self.assertEqual(run(OPTIONS.sandbox, "--no-service", "--", program, 1, 1),
+                         (1, "", "tutorial: the service does not answer; does it run? (PVR_LOG=stderr tells more)\n"))
+        self.assertEqual(run("env", "DBUS_SYSTEM_BUS_ADDRESS=unix:path=/nonexistent", program, 1, 1),
+                         (1, "", "tutorial: there is no session (PVR_LOG=stderr tells more)\n"))
+
+
 class Watch(ExamplesTest):
     def test_watches_another_application_until_the_service_is_idle(self):
         script = f"{OPTIONS.watch} > watched & while ! grep -q watching watched; do sleep 0.1; done; " \
@@ -187,7 +216,7 @@ class Watch(ExamplesTest):
 
 if __name__ == "__main__":
     parser = argparse.ArgumentParser()
-    for option in "sandbox", "make-stream", "smallest", "worker-thread", "record-and-listen", "watch", \
+    for option in "sandbox", "make-stream", "smallest", "worker-thread", "record-and-listen", "tutorial", "watch", \
             "sources", "include", "cc", "cxx":
         parser.add_argument("--" + option, required=True)
     _, rest = parser.parse_known_args(namespace=OPTIONS)

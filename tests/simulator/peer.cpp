@@ -163,6 +163,12 @@ std::string Peer::introspection()
     return result;
 }
 
+void Peer::own(const std::string &name)
+{
+    constexpr char bus[] = "org.freedesktop.DBus";
+    EXPECT_EQ(call_at(bus, "/org/freedesktop/DBus", bus, "RequestName", "('" + name + "', uint32 4)"), "(1,)") << name;
+}
+
 bool Peer::has_owner(const std::string &name)
 {
     return call_at("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "NameHasOwner",

@@ -30,6 +30,8 @@ public:
 
     /// The service's introspection data.
     std::string introspection();
+    /// Owns a name on the bus, for as long as this lives. It must have no owner.
+    void own(const std::string &name);
     /// Whether a name has an owner on the bus.
     bool has_owner(const std::string &name);
 

@@ -1,0 +1,3 @@
+mkdir build
+ln -s "$BUILD" build/release
+ln -s "$SOURCE/examples" .

@@ -1,0 +1,1 @@
+cp "$SOURCE"/tests/data/golden/*.sas "$SOURCE"/tests/data/golden/*.cft .

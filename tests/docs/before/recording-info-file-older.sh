@@ -1,0 +1,1 @@
+cp "$SOURCE"/tests/data/golden/*.inf .

@@ -1,0 +1,1 @@
+pvr-make-stream --seconds 10 first.srf

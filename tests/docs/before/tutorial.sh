@@ -1,0 +1,3 @@
+mkdir build
+ln -s "$BUILD" build/release
+cp "$SOURCE"/examples/tutorial.c .
