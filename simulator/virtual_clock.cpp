@@ -28,7 +28,7 @@ VirtualClock::VirtualClock(double speed, RealClock real)
 
 VirtualClock VirtualClock::standing_at(Microseconds wall)
 {
-    constexpr Microseconds any_moment = std::chrono::hours(1);
+    static constexpr Microseconds any_moment = std::chrono::hours(1);
     VirtualClock clock(1, [wall] { return Real{any_moment, wall}; });
     clock.stands_still_ = true;
     return clock;
