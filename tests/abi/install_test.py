@@ -38,6 +38,12 @@ def expected():
                         "side_files", "status", "storage")},
         f"{data}/dbus-1/system.d/org.vexan.tv.pvr.conf": None,
     }
+    if OPTIONS.mandir:  # what belongs to the tools
+        files |= {f"{OPTIONS.mandir}/man1/{name}.1": None
+                  for name in ("pvrctl", "pvr-sandbox", "pvr-simulator", "pvr-make-stream")}
+        files |= {f"{data}/{name}": None
+                  for name in ("bash-completion/completions/pvrctl", "zsh/vendor-completions/_pvrctl",
+                               "fish/vendor_completions.d/pvrctl.fish")}
     for name in "dlog", "system_info", "ca_service":
         files[f"{lib}/libpvr-host-{name}.so.1"] = f"libpvr-host-{name}.so.1.0"
         files[f"{lib}/libpvr-host-{name}.so.1.0"] = None
@@ -167,5 +173,6 @@ if __name__ == "__main__":
     parser = argparse.ArgumentParser()
     for option in ("cmake", "generator", "source", "build", "cc", "cxx", "libdir", "includedir", "datadir"):
         parser.add_argument("--" + option, required=True)
+    parser.add_argument("--mandir")
     _, rest = parser.parse_known_args(namespace=OPTIONS)
     unittest.main(argv=sys.argv[:1] + rest, verbosity=2)

@@ -151,13 +151,20 @@ void ScriptedService::come_back()
 GDBusMessage *ScriptedService::on_message(GDBusConnection *connection, GDBusMessage *message, gboolean is_incoming,
                                           gpointer self) noexcept
 {
-    const char *interface = g_dbus_message_get_interface(message);
+    auto &service = *static_cast<ScriptedService *>(self);
     if (is_incoming == FALSE || g_dbus_message_get_message_type(message) != G_DBUS_MESSAGE_TYPE_METHOD_CALL ||
-        interface == nullptr || std::string(interface) != interface_name)
+        !service.is_taken(g_dbus_message_get_interface(message)))
         return message;
-    static_cast<ScriptedService *>(self)->handle(connection, message);
+    service.handle(connection, message);
     g_object_unref(message);
     return nullptr;
+}
+
+bool ScriptedService::is_taken(const char *interface)
+{
+    const std::string name = interface != nullptr ? interface : "";
+    const std::lock_guard lock(mutex_);
+    return name == interface_name || (name == "org.freedesktop.DBus.Introspectable" && script_.contains("Introspect"));
 }
 
 void ScriptedService::handle(GDBusConnection *connection, GDBusMessage *call)

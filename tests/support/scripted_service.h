@@ -71,6 +71,8 @@ public:
 
 private:
     static GDBusMessage *on_message(GDBusConnection *, GDBusMessage *, gboolean is_incoming, gpointer self) noexcept;
+    /// What GLib answers otherwise is taken when it is scripted: the service's description of itself.
+    bool is_taken(const char *interface);
     void handle(GDBusConnection *connection, GDBusMessage *call);
 
     GDBusConnection *connection_ = nullptr;

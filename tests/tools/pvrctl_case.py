@@ -164,9 +164,12 @@ class SandboxedTest(PvrctlTest):
         return handle
 
 
-def main():
+def main(*more):
+    """Runs the tests. More options are those that not every class of a file takes."""
     parser = argparse.ArgumentParser()
     for option in "pvrctl", "sandbox", "make-stream", "scripted-bus":
         parser.add_argument("--" + option, required=True)
+    for option in more:
+        parser.add_argument("--" + option)
     _, rest = parser.parse_known_args(namespace=OPTIONS)
     unittest.main(argv=sys.argv[:1] + rest, verbosity=2)

@@ -8,11 +8,12 @@
 #include <cstring>
 #include <filesystem>
 #include <glib.h>
+#include <iterator>
 #include <memory>
-#include <string_view>
 #include <system_error>
 #include <type_traits>
 
+#include "completion.h"
 #include "failure.h"
 
 namespace pvrctl {
@@ -77,12 +78,14 @@ template CLI::Option *add_number(CLI::App &, const std::string &, std::uint64_t 
 
 CLI::Option *add_handle_argument(CLI::App &verb, int &handle)
 {
-    return add_number(verb, "HANDLE", handle, "", "a handle, as the service issued it")->required();
+    return completes(add_number(verb, "HANDLE", handle, "", "a handle, as the service issued it")->required(),
+                     Completes::playback);
 }
 
 CLI::Option *add_channel_argument(CLI::App &verb, std::uint64_t &service_id)
 {
-    return add_number(verb, "SERVICE_ID", service_id, "", "the channel's service id")->required();
+    return completes(add_number(verb, "SERVICE_ID", service_id, "", "the channel's service id")->required(),
+                     Completes::channel);
 }
 
 std::uint64_t parsed_channel(const std::string &text) { return parsed_number<std::uint64_t>("SERVICE_ID", text, 0); }
@@ -104,6 +107,13 @@ CLI::Option *add_permissions(CLI::App &verb, const std::string &name, int &mode,
     return verb.add_option(name, store, description)->type_name("OCTAL");
 }
 
+std::vector<std::string_view> speed_names()
+{
+    std::vector<std::string_view> names;
+    std::ranges::transform(speeds, std::back_inserter(names), &Speed::name);
+    return names;
+}
+
 CLI::Option *add_speed(CLI::App &verb, int &type)
 {
     const CLI::callback_t store = [&type](const CLI::results_t &texts) {
@@ -114,9 +124,10 @@ CLI::Option *add_speed(CLI::App &verb, int &type)
         type = speed->type;
         return true;
     };
-    return verb
-        .add_option("--speed", store, "2, 4, 8, 16, 32, 64 or 128 times; 1/2, 1/4 or 1/8 for slow motion; without it 2")
-        ->type_name("SPEED");
+    return completes(verb.add_option("--speed", store,
+                                     "2, 4, 8, 16, 32, 64 or 128 times; 1/2, 1/4 or 1/8 for slow motion; without it 2")
+                         ->type_name("SPEED"),
+                     Completes::speed);
 }
 
 std::string existing_file(const std::string &path)

@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <limits>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace pvrctl {
 
@@ -26,6 +28,9 @@ int parsed_int(const std::string &name, const std::string &text);
 
 /// Permissions as chmod(1) takes them, in octal.
 CLI::Option *add_permissions(CLI::App &verb, const std::string &name, int &mode, const std::string &description);
+
+/// The speeds as people write them.
+std::vector<std::string_view> speed_names();
 
 /// A speed as people write it, stored as the number that the development service takes for it.
 CLI::Option *add_speed(CLI::App &verb, int &type);

@@ -197,7 +197,7 @@ void add_channel(Commands &commands)
                                  {"channel list", "channel list 1 2 3"});
     const auto texts = std::make_shared<std::vector<std::string>>();
     const auto wanted = std::make_shared<std::vector<std::uint64_t>>();
-    list.add_option("SERVICE_ID", *texts, "the channels' service ids")->type_name("");
+    completes(list.add_option("SERVICE_ID", *texts, "the channels' service ids")->type_name(""), Completes::channel);
     choose(
         commands, list, [wanted](Service &service, Output &output) { list_channels(service, output, *wanted); },
         [texts, wanted] { std::ranges::transform(*texts, std::back_inserter(*wanted), parsed_channel); });

@@ -110,7 +110,7 @@ void add_channel_verb(Commands &commands, CLI::App &object, const ChannelVerb &v
 {
     CLI::App &command = add_command(object, verb.name, verb.description, {verb.example});
     const auto service_id = std::make_shared<std::uint64_t>();
-    add_channel_argument(command, *service_id);
+    completes(add_channel_argument(command, *service_id), verb.channel);
     choose(commands, command,
            [service_id, &verb](Service &service, Output &output) { verb.action(service, output, *service_id); });
 }

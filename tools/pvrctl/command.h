@@ -8,6 +8,7 @@
 #include <memory>
 #include <string>
 
+#include "completion.h"
 #include "output.h"
 #include "service.h"
 
@@ -37,6 +38,7 @@ struct ChannelVerb {
     const char *description;
     const char *example;
     void (*action)(Service &, Output &, std::uint64_t service_id);
+    Completes channel = Completes::channel; ///< which channels make sense
 };
 void add_channel_verb(Commands &commands, CLI::App &object, const ChannelVerb &verb);
 
@@ -72,6 +74,8 @@ void add_rights(Commands &commands);
 void add_error_text(Commands &commands);
 void add_status(Commands &commands);
 void add_monitor(Commands &commands);
+void add_doctor(Commands &commands);
+void add_complete(Commands &commands);
 void add_sim(Commands &commands);
 
 } // namespace pvrctl

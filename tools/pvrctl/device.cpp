@@ -277,7 +277,8 @@ void test_device(Service &service, Output &output, int handle, bool is_waiting)
 
 CLI::Option *add_device_argument(CLI::App &verb, int &handle)
 {
-    return add_number(verb, "HANDLE", handle, "", "the device's handle, as 'device list' tells it");
+    return completes(add_number(verb, "HANDLE", handle, "", "the device's handle, as 'device list' tells it"),
+                     Completes::device);
 }
 
 struct DeviceVerb {

@@ -1,21 +1,19 @@
 // pvrctl error-text: what the library has users told about a recording that failed, in any of its languages.
 #include <algorithm>
 #include <array>
-#include <clocale>
 #include <cstddef>
-#include <cstdlib>
 #include <limits>
 #include <memory>
 #include <numeric>
 #include <optional>
 #include <pvr_service_api.h>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
 #include "arguments.h"
 #include "command.h"
+#include "languages.h"
 
 namespace pvrctl {
 namespace {
@@ -23,75 +21,6 @@ namespace {
 constexpr int first_listed = -5;
 constexpr int last_listed = 300;
 constexpr int never_known = std::numeric_limits<int>::min(); ///< a code that can have no text of its own
-constexpr char fallback_language[] = "en";
-
-/// What the library looks texts up in, for as long as it lives: gettext heeds LANGUAGE in no locale but those that are
-/// not "C". Everything else goes on in "C", so neither numbers nor the system's messages change.
-class Language {
-public:
-    explicit Language(const std::string &name)
-    {
-        const char *before = std::getenv(variable);
-        if (before != nullptr)
-            before_ = before;
-        setenv(variable, name.c_str(), 1); // before setlocale(), which has gettext forget what it found
-        for (const int category : categories)
-            if (std::setlocale(category, "C.UTF-8") == nullptr)
-                throw Failure(ExitCode::failed, "the system has no locale C.UTF-8, in which texts are translated");
-    }
-    ~Language()
-    {
-        before_ ? setenv(variable, before_->c_str(), 1) : unsetenv(variable);
-        for (const int category : categories)
-            std::setlocale(category, "C");
-    }
-    Language(const Language &) = delete;
-    Language &operator=(const Language &) = delete;
-
-private:
-    static constexpr char variable[] = "LANGUAGE";
-    static constexpr std::array categories{LC_CTYPE, LC_MESSAGES};
-    std::optional<std::string> before_;
-};
-
-/// A name for a language as catalogues have them: neither a list nor a path.
-bool is_language_name(std::string_view text)
-{
-    constexpr std::string_view others = "_.@-";
-    const auto is_letter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); };
-    return !text.empty() && is_letter(text.front()) && std::ranges::all_of(text, [&](char c) {
-        return is_letter(c) || (c >= '0' && c <= '9') || others.find(c) != std::string_view::npos;
-    });
-}
-
-std::string variable_or_empty(const char *name)
-{
-    const char *value = std::getenv(name);
-    return value != nullptr ? value : "";
-}
-
-/// The user's languages as gettext takes them from the environment, the best one first, and then the fallback.
-std::vector<std::string> users_languages()
-{
-    std::string locale;
-    for (const char *name : {"LC_ALL", "LC_MESSAGES", "LANG"})
-        if (locale.empty())
-            locale = variable_or_empty(name);
-    if (locale.empty() || locale == "C" || locale == "POSIX")
-        return {fallback_language};
-    std::string names = variable_or_empty("LANGUAGE");
-    if (names.empty())
-        names = locale;
-    std::vector<std::string> languages;
-    for (std::size_t begin = 0; begin <= names.size();) {
-        const std::size_t end = std::min(names.find(':', begin), names.size());
-        if (const std::string name = names.substr(begin, end - begin); is_language_name(name))
-            languages.push_back(name);
-        begin = end + 1;
-    }
-    languages.emplace_back(fallback_language);
-    return languages;
-}
 
 /// What the library says of a code in the language that is set; its message's id in none.
 std::string text_now(const Service &service, int code)
@@ -225,9 +154,11 @@ void add_error_text(Commands &commands)
                                  {"error-text 257", "error-text 257 --lang de", "error-text --all --json"});
     const auto wanted = std::make_shared<ErrorTextWanted>();
     const CLI::Option *code =
-        add_number(verb, "CODE", wanted->code, "", "the service's code, as results and signals carry it");
+        completes(add_number(verb, "CODE", wanted->code, "", "the service's code, as results and signals carry it"),
+                  Completes::error_code);
     verb.add_flag("--all", wanted->is_all, "list every code from -5 to 300 that has a text of its own");
-    verb.add_option("--lang", wanted->language, "a language, and no other, such as de")->type_name("LANG");
+    completes(verb.add_option("--lang", wanted->language, "a language, and no other, such as de")->type_name("LANG"),
+              Completes::language);
     choose(
         commands, verb,
         [wanted](Service &service, Output &output) {

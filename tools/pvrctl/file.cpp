@@ -79,7 +79,7 @@ void add_file(Commands &commands)
     for (const FileVerb &known : file_verbs) {
         CLI::App &verb = add_command(object, known.name, known.description, {known.example});
         const auto file = std::make_shared<std::string>();
-        verb.add_option("FILE", *file, known.argument)->required()->type_name("");
+        completes(verb.add_option("FILE", *file, known.argument)->required()->type_name(""), Completes::recording);
         choose(commands, verb,
                [file, &known](Service &service, Output &output) { known.action(service, output, *file); });
     }
@@ -87,9 +87,10 @@ void add_file(Commands &commands)
     CLI::App &verb =
         add_command(object, "mkdir", "Make a folder on a device", {"file mkdir films", "file mkdir films --mode 700"});
     const auto folder = std::make_shared<NewFolder>();
-    verb.add_option("FOLDER", folder->path, "the folder; all but its last part has to be there")
-        ->required()
-        ->type_name("");
+    completes(verb.add_option("FOLDER", folder->path, "the folder; all but its last part has to be there")
+                  ->required()
+                  ->type_name(""),
+              Completes::folder);
     add_permissions(verb, "--mode", folder->permissions, "its permissions; without it 755");
     choose(commands, verb, [folder](Service &service, Output &output) { make_folder(service, output, *folder); });
 }

@@ -60,7 +60,7 @@ void add_handle(Commands &commands)
                                     "Give a handle back. The development service stops its playback first. "
                                     "Whether the service knew the handle cannot be told.",
                                     {"handle release 3"});
-    add_handle_argument(release, *handle);
+    completes(add_handle_argument(release, *handle), Completes::handle);
     choose(commands, release, [handle](Service &service, Output &output) { release_handle(service, output, *handle); });
 }
 

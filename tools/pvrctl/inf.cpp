@@ -95,9 +95,10 @@ void add_inf(Commands &commands)
                                  "not finished stays unfinished, since it may be under way.",
                                  {"inf show first.srf", "inf show first.srf --all", "inf show first.srf --json"});
     const auto wanted = std::make_shared<InfoShow>();
-    show.add_option("FILE", wanted->path, "the recording or its info file: .srf, .inf or .tmp")
-        ->required()
-        ->type_name("");
+    completes(show.add_option("FILE", wanted->path, "the recording or its info file: .srf, .inf or .tmp")
+                  ->required()
+                  ->type_name(""),
+              Completes::recording);
     show.add_flag("--all", wanted->is_all, "show the fields whose meaning is not known, too, as --json does");
     choose(commands, show, [wanted](Service &service, Output &output) { show_record(service, output, *wanted); });
 

@@ -114,12 +114,15 @@ void add_inf_set(Commands &commands, CLI::App &object)
         "resume_play_pos can be set, and becomes whole seconds.",
         {"inf set first.srf resume_play_pos=0", "inf set first.srf programe_title=News rating=0x10"});
     const auto wanted = std::make_shared<InfoSet>();
-    verb.add_option("FILE", wanted->path, "the recording or its info file: .srf, .inf or .tmp")
-        ->required()
-        ->type_name("");
-    verb.add_option("CHANGE", wanted->texts, "FIELD=VALUE, with the names that 'inf show --all' has; not version")
-        ->required()
-        ->type_name("");
+    completes(verb.add_option("FILE", wanted->path, "the recording or its info file: .srf, .inf or .tmp")
+                  ->required()
+                  ->type_name(""),
+              Completes::recording);
+    completes(
+        verb.add_option("CHANGE", wanted->texts, "FIELD=VALUE, with the names that 'inf show --all' has; not version")
+            ->required()
+            ->type_name(""),
+        Completes::field);
     choose(
         commands, verb, [wanted](Service &service, Output &output) { set_fields(service, output, *wanted); },
         [wanted] { parse_changes(*wanted); });

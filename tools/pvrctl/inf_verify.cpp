@@ -275,7 +275,10 @@ void add_inf_verify(Commands &commands, CLI::App &object)
                                  "wrong.",
                                  {"inf verify first.srf", "inf verify first.srf second.srf"});
     const auto files = std::make_shared<std::vector<std::string>>();
-    verb.add_option("FILE", *files, "recordings or their info files: .srf, .inf or .tmp")->required()->type_name("");
+    completes(verb.add_option("FILE", *files, "recordings or their info files: .srf, .inf or .tmp")
+                  ->required()
+                  ->type_name(""),
+              Completes::recording);
     choose(commands, verb, [files](Service &, Output &output) { verify_files(output, *files); });
 }
 

@@ -97,6 +97,8 @@ ExitCode run(Output &output, int argc, char **argv)
     add_error_text(commands);
     add_status(commands);
     add_monitor(commands);
+    add_doctor(commands);
+    add_complete(commands);
     add_sim(commands);
 
     const Action action = chosen_action(commands, output, argc, argv);

@@ -376,11 +376,13 @@ void add_monitor(Commands &commands)
         "on until Ctrl-C or SIGTERM, also while the service is away, and ends with 130 or 143 then.",
         {"monitor", "monitor --json --timeout 60", "monitor --type PS_PLAY_END --type PS_PLAY_STOP --count 1"});
     const auto options = std::make_shared<MonitorOptions>();
-    verb.add_option("--type", options->texts,
-                    "show only the signals of this type and the results of this method, by name or number as in "
-                    "pvr_events.h; may be given often")
-        ->type_name("NAME|NUMBER")
-        ->allow_extra_args(false);
+    completes(
+        verb.add_option("--type", options->texts,
+                        "show only the signals of this type and the results of this method, by name or number as in "
+                        "pvr_events.h; may be given often")
+            ->type_name("NAME|NUMBER")
+            ->allow_extra_args(false),
+        Completes::event);
     const auto timeout = std::make_shared<int>();
     const auto count = std::make_shared<int>();
     const CLI::Option *has_timeout = add_number(verb, "--timeout", *timeout, "SECONDS",

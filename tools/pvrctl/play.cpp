@@ -68,10 +68,11 @@ void add_start(Commands &commands, CLI::App &object)
     CLI::App &verb =
         add_command(object, "start", "Play a recording", {"play start first.srf", "play start first.srf --from 90"});
     const auto wanted = std::make_shared<Start>();
-    verb.add_option("FILE", wanted->file, "the recording")->required()->type_name("");
+    completes(verb.add_option("FILE", wanted->file, "the recording")->required()->type_name(""), Completes::recording);
     add_number(verb, "--from", wanted->from, "SECONDS", "where to start; without it at the beginning");
     const CLI::Option *handle =
-        add_number(verb, "--handle", wanted->handle, "N", "play on this handle; without it on a new one");
+        completes(add_number(verb, "--handle", wanted->handle, "N", "play on this handle; without it on a new one"),
+                  Completes::handle);
     choose(commands, verb, [wanted, handle](Service &service, Output &output) {
         start(service, output, *wanted, handle->count() > 0);
     });
@@ -288,10 +289,12 @@ void add_stop(Commands &commands, CLI::App &object)
                                  "issued: give it back with 'handle release'.",
                                  {"play stop 3", "play stop --all", "play stop --file first.srf"});
     const auto wanted = std::make_shared<Stop>();
-    const CLI::Option *handle = add_number(verb, "HANDLE", wanted->handle, "", "the playback");
+    const CLI::Option *handle =
+        completes(add_number(verb, "HANDLE", wanted->handle, "", "the playback"), Completes::playback);
     const CLI::Option *all = verb.add_flag("--all", wanted->is_all, "whatever plays");
     const CLI::Option *file =
-        verb.add_option("--file", wanted->file, "the playback of this recording")->type_name("FILE");
+        completes(verb.add_option("--file", wanted->file, "the playback of this recording")->type_name("FILE"),
+                  Completes::recording);
     choose(
         commands, verb,
         [wanted, handle](Service &service, Output &output) {

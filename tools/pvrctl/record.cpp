@@ -137,7 +137,7 @@ void add_duration(Commands &commands, CLI::App &object)
     CLI::App &verb = add_command(object, "duration", "Tell or set how long a recording lasts, from its start",
                                  {"record duration 1", "record duration 1 3600", "record duration 1 --unlimited"});
     const auto wanted = std::make_shared<Duration>();
-    add_channel_argument(verb, wanted->service_id);
+    completes(add_channel_argument(verb, wanted->service_id), Completes::recorded);
     CLI::Option *seconds =
         add_number(verb, "SECONDS", wanted->seconds, "", "from its start; without it nothing is set");
     verb.add_flag("--unlimited", wanted->is_unlimited, "until it is stopped")->excludes(seconds);
@@ -147,9 +147,9 @@ void add_duration(Commands &commands, CLI::App &object)
 }
 
 constexpr std::array record_verbs{
-    ChannelVerb{"stop", "Stop recording a channel", "record stop 1", stop_recording},
+    ChannelVerb{"stop", "Stop recording a channel", "record stop 1", stop_recording, Completes::recorded},
     ChannelVerb{"info", "Tell everything about one of the recordings and timeshifts that run", "record info 1",
-                show_recording},
+                show_recording, Completes::recorded},
 };
 
 } // namespace

@@ -266,9 +266,10 @@ void add_rights(Commands &commands)
                                  "and no service is asked. What has no answer says why, and the command fails.",
                                  {"rights first.srf", "rights first.srf --json"});
     const auto wanted = std::make_shared<RightsWanted>();
-    verb.add_option("FILE", wanted->file, "the recording or its info file: .srf, .inf or .tmp")
-        ->required()
-        ->type_name("");
+    completes(verb.add_option("FILE", wanted->file, "the recording or its info file: .srf, .inf or .tmp")
+                  ->required()
+                  ->type_name(""),
+              Completes::recording);
     add_number(verb, "--position", wanted->position, "N",
                "the place whose thumbnail is asked for, in the conditional-access library's unit; 0 without it");
     choose(commands, verb, [wanted](Service &service, Output &output) { show_rights(service, output, *wanted); });

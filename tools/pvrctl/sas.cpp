@@ -247,11 +247,12 @@ void add_block_verb(Commands &commands, CLI::App &object, const BlockVerb &known
 {
     CLI::App &verb = add_command(object, known.name, known.description, known.examples);
     const auto block = std::make_shared<FingerprintBlock>();
-    verb.add_option("FILE", block->path, "the recording or its info file: .srf, .inf or .tmp")
-        ->required()
-        ->type_name("");
+    completes(verb.add_option("FILE", block->path, "the recording or its info file: .srf, .inf or .tmp")
+                  ->required()
+                  ->type_name(""),
+              Completes::recording);
     add_number(verb, "TIME", block->time, "", "the time of the block, a whole number of 64 bits")->required();
-    verb.add_option(known.option, block->file, known.option_description)->type_name("PATH");
+    completes(verb.add_option(known.option, block->file, known.option_description)->type_name("PATH"), Completes::file);
     choose(commands, verb,
            [block, action = known.action](Service &service, Output &output) { action(service, output, *block); });
 }
@@ -266,7 +267,9 @@ void add_sas(Commands &commands)
 
     CLI::App &list = add_command(object, "list", "List the blocks", {"sas list first.srf"});
     const auto file = std::make_shared<std::string>();
-    list.add_option("FILE", *file, "the recording or its info file: .srf, .inf or .tmp")->required()->type_name("");
+    completes(
+        list.add_option("FILE", *file, "the recording or its info file: .srf, .inf or .tmp")->required()->type_name(""),
+        Completes::recording);
     choose(commands, list, [file](Service &, Output &output) { list_blocks(output, *file); });
 
     add_block_verb(commands, object,

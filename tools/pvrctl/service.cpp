@@ -14,8 +14,6 @@ namespace {
 
 constexpr char service_name[] = "org.vexan.tv.pvr.server";
 constexpr int bus_answers_within_ms = 5000;
-/// As long as the library waits for an answer.
-constexpr std::chrono::seconds bus_admits_within{25};
 
 struct FreeError {
     void operator()(GError *error) const noexcept { g_error_free(error); }
@@ -68,17 +66,18 @@ Service::~Service()
         svc_pvr_service_destroy();
 }
 
-void Service::find_bus()
+void Service::find_bus(std::chrono::seconds limit)
 {
     if (bus_)
         return;
-    const TimeLimit limit(bus_admits_within);
+    const TimeLimit time(limit);
     GError *failure = nullptr;
-    bus_.reset(g_bus_get_sync(G_BUS_TYPE_SYSTEM, limit.cancellable(), &failure));
+    bus_.reset(g_bus_get_sync(G_BUS_TYPE_SYSTEM, time.cancellable(), &failure));
     const OwnedError error(failure);
     if (g_error_matches(error.get(), G_IO_ERROR, G_IO_ERROR_CANCELLED) != FALSE)
-        throw SilentBus(ExitCode::not_running,
-                        std::string(no_bus_text) + "it accepted the connection and said nothing for 25 s");
+        throw SilentBus(ExitCode::not_running, std::string(no_bus_text) +
+                                                   "it accepted the connection and said nothing for " +
+                                                   std::to_string(limit.count()) + " s");
     if (!bus_)
         throw no_bus(error->message);
     watch_ = std::make_unique<Watch>(bus_.get());

@@ -1,6 +1,7 @@
 // The Recording service as a command sees it: reached through the library. GDBus only tells why a call failed.
 #pragma once
 
+#include <chrono>
 #include <gio/gio.h>
 #include <memory>
 #include <optional>
@@ -21,6 +22,9 @@ public:
     using Failure::Failure;
 };
 
+/// As long as the library waits for an answer.
+inline constexpr std::chrono::seconds bus_admits_within{25};
+
 class Service {
 public:
     Service() = default;
@@ -28,8 +32,8 @@ public:
     Service(const Service &) = delete;
     Service &operator=(const Service &) = delete;
 
-    /// Reaches the bus. Throws when there is none.
-    void find_bus();
+    /// Reaches the bus. Throws when there is none, or none that admits anybody in time.
+    void find_bus(std::chrono::seconds limit = bus_admits_within);
 
     /// The same for what can do without a bus: throws a SilentBus alone.
     void try_bus();

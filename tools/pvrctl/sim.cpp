@@ -87,17 +87,20 @@ GVariant *packed_signal(const SimArguments &given)
 }
 
 constexpr std::array sim_verbs{
-    SimVerb{nullptr, "emit", "Broadcast a signal of the service", "sim emit result_to_apps 200 '<(1,)>'", "EmitSignal",
-            ExitCode::usage,
-            [](CLI::App &verb, SimArguments &given) {
-                verb.add_option("NAME", given.word, "the signal, which need not be one of the interface")->required();
-                verb.add_option("VALUE", given.values,
-                                "what it carries, as GVariant writes values: 8, 'text', uint64 7, <(1, 0)>");
-            },
-            packed_signal,
-            [](const SimArguments &given, GVariant *) -> SimEffect {
-                return {{{"signal", given.word}, {"emitted", true}}, {"emitted", given.word}};
-            }},
+    SimVerb{
+        nullptr, "emit", "Broadcast a signal of the service", "sim emit result_to_apps 200 '<(1,)>'", "EmitSignal",
+        ExitCode::usage,
+        [](CLI::App &verb, SimArguments &given) {
+            completes(
+                verb.add_option("NAME", given.word, "the signal, which need not be one of the interface")->required(),
+                Completes::signal);
+            verb.add_option("VALUE", given.values,
+                            "what it carries, as GVariant writes values: 8, 'text', uint64 7, <(1, 0)>");
+        },
+        packed_signal,
+        [](const SimArguments &given, GVariant *) -> SimEffect {
+            return {{{"signal", given.word}, {"emitted", true}}, {"emitted", given.word}};
+        }},
     SimVerb{nullptr, "tune", "Change the channel, as somebody with the remote control does", "sim tune 2", "Tune",
             ExitCode::not_found,
             [](CLI::App &verb, SimArguments &given) { add_channel_argument(verb, given.service_id); },
@@ -106,15 +109,17 @@ constexpr std::array sim_verbs{
                 return {{{"service_id", given.service_id}, {"tuned", true}},
                         {"tuned to", std::to_string(given.service_id)}};
             }},
-    SimVerb{
-        nullptr, "date", "Have the set know what time it is, or not", "sim date unset", "SetDate", ExitCode::usage,
-        [](CLI::App &verb, SimArguments &given) {
-            verb.add_option("STATE", given.word, "set or unset")->required()->check(CLI::IsMember({"set", "unset"}));
-        },
-        [](const SimArguments &given) { return g_variant_new("(b)", static_cast<gboolean>(given.word == "set")); },
-        [](const SimArguments &given, GVariant *) -> SimEffect {
-            return {{{"date_set", given.word == "set"}}, {"date", given.word}};
-        }},
+    SimVerb{nullptr, "date", "Have the set know what time it is, or not", "sim date unset", "SetDate", ExitCode::usage,
+            [](CLI::App &verb, SimArguments &given) {
+                completes(verb.add_option("STATE", given.word, "set or unset")
+                              ->required()
+                              ->check(CLI::IsMember({"set", "unset"})),
+                          Completes::date_state);
+            },
+            [](const SimArguments &given) { return g_variant_new("(b)", static_cast<gboolean>(given.word == "set")); },
+            [](const SimArguments &given, GVariant *) -> SimEffect {
+                return {{{"date_set", given.word == "set"}}, {"date", given.word}};
+            }},
     SimVerb{
         nullptr, "step", "Have time pass at once", "sim step 3600", "Step", ExitCode::usage,
         [](CLI::App &verb, SimArguments &given) {

@@ -64,9 +64,10 @@ const std::initializer_list<FaultOption> fault_options{
      [](const FaultArguments &given) { return g_variant_new_int32(given.result); }},
     {"code",
      [](CLI::App &verb, FaultArguments &given) {
-         return verb
-             .add_option("--code", given.code, "of signals: only those of this type or method, as in pvr_events.h")
-             ->type_name("NAME|NUMBER");
+         return completes(
+             verb.add_option("--code", given.code, "of signals: only those of this type or method, as in pvr_events.h")
+                 ->type_name("NAME|NUMBER"),
+             Completes::event);
      },
      packed_code},
     {"times",
@@ -154,8 +155,9 @@ void add_fault_add(Commands &commands, CLI::App &object)
          "sim fault add drop result_to_apps --code PS_RECORD_STOP", "sim fault add device-full usb1"});
     const auto given = std::make_shared<FaultArguments>();
     const auto known = std::make_shared<GivenOptions>();
-    verb.add_option("KIND", given->kind, "what goes wrong")->required();
-    verb.add_option("TARGET", given->target, "the method, the signal or the device, by its name")->required();
+    completes(verb.add_option("KIND", given->kind, "what goes wrong")->required(), Completes::fault_kind);
+    completes(verb.add_option("TARGET", given->target, "the method, the signal or the device, by its name")->required(),
+              Completes::fault_target);
     for (const FaultOption &option : fault_options)
         known->emplace_back(option.add(verb, *given), &option);
     choose(
@@ -181,7 +183,8 @@ void add_sim_fault(Commands &commands, CLI::App &parent)
            list_faults);
     CLI::App &remove = add_command(object, "remove", "Remove a fault", {"sim fault remove 1"});
     const auto id = std::make_shared<int>();
-    add_number(remove, "ID", *id, "", "the fault's number, as 'sim fault list' tells it", 0)->required();
+    completes(add_number(remove, "ID", *id, "", "the fault's number, as 'sim fault list' tells it", 0)->required(),
+              Completes::fault);
     choose(commands, remove, [id](Service &service, Output &output) { remove_fault(service, output, *id); });
     choose(commands, add_command(object, "clear", "Remove all faults", {"sim fault clear"}), clear_faults);
 }

@@ -116,7 +116,8 @@ void add_status(Commands &commands)
     CLI::App &verb = add_command(commands.root, "status", "Tell whether the service runs and records, and what it does",
                                  {"status", "status 3", "status --json"});
     const auto handle = std::make_shared<int>();
-    const CLI::Option *given = add_number(verb, "HANDLE", *handle, "", "tell what this handle plays, too");
+    const CLI::Option *given =
+        completes(add_number(verb, "HANDLE", *handle, "", "tell what this handle plays, too"), Completes::playback);
     choose(commands, verb, [handle, given](Service &service, Output &output) {
         show_status(service, output, given->count() > 0 ? std::optional(*handle) : std::nullopt);
     });

@@ -42,7 +42,9 @@ void add_thumb(Commands &commands)
     object.require_subcommand(1);
     CLI::App &info = add_command(object, "info", "Tell how the thumbnail is coded", {"thumb info first.srf"});
     const auto file = std::make_shared<std::string>();
-    info.add_option("FILE", *file, "the recording or its info file: .srf, .inf or .tmp")->required()->type_name("");
+    completes(
+        info.add_option("FILE", *file, "the recording or its info file: .srf, .inf or .tmp")->required()->type_name(""),
+        Completes::recording);
     choose(commands, info, [file](Service &, Output &output) { show_thumbnail(output, *file); });
 }
 

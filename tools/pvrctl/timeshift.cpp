@@ -48,7 +48,7 @@ void stop_timeshift(Service &service, Output &output, std::uint64_t service_id)
 
 constexpr std::array timeshift_verbs{
     ChannelVerb{"start", "Timeshift a channel", "timeshift start 1", start_timeshift},
-    ChannelVerb{"stop", "Stop the timeshift of a channel", "timeshift stop 1", stop_timeshift},
+    ChannelVerb{"stop", "Stop the timeshift of a channel", "timeshift stop 1", stop_timeshift, Completes::recorded},
 };
 
 } // namespace
