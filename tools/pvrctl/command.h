@@ -73,5 +73,7 @@ void add_error_text(Commands &commands);
 void add_status(Commands &commands);
 void add_monitor(Commands &commands);
 void add_sim(Commands &commands);
+void add_call(Commands &commands);
+void add_wait(Commands &commands);
 
 } // namespace pvrctl
