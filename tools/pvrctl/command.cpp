@@ -54,6 +54,13 @@ public:
                      option->get_description());
     }
 
+    /// A positional that takes many words is no number of them.
+    std::string make_option_usage(const CLI::Option *option) const override
+    {
+        const bool has_many = option->get_expected_min() > 1;
+        return has_many ? '[' + make_option_name(option, true) + "...]" : Formatter::make_option_usage(option);
+    }
+
     std::string make_option_opts(const CLI::Option *option) const override
     {
         return option->get_type_size() != 0 ? ' ' + option->get_type_name() : "";

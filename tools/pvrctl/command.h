@@ -77,5 +77,7 @@ void add_monitor(Commands &commands);
 void add_doctor(Commands &commands);
 void add_complete(Commands &commands);
 void add_sim(Commands &commands);
+void add_call(Commands &commands);
+void add_wait(Commands &commands);
 
 } // namespace pvrctl

@@ -13,6 +13,7 @@
 #include <utility>
 
 #include "arguments.h"
+#include "call_row.h"
 #include "events/names.h"
 #include "files/record_layout.h"
 #include "languages.h"
@@ -20,6 +21,7 @@
 #include "playback.h"
 #include "recordings.h"
 #include "simulator.h"
+#include "until.h"
 
 namespace pvrctl {
 namespace {
@@ -244,6 +246,22 @@ Candidates faults(Service &service)
     return found;
 }
 
+Candidates functions(Service &)
+{
+    Candidates all;
+    for (const ExportedFunction &function : exported_functions())
+        all.push_back({std::string(function.name), ""});
+    return all;
+}
+
+Candidates awaited_ids(Service &service)
+{
+    Candidates all = running(service);
+    const Candidates more = handles(service);
+    all.insert(all.end(), more.begin(), more.end());
+    return all;
+}
+
 struct Source {
     Completes what;
     Candidates (*found)(Service &service);
@@ -266,6 +284,9 @@ constexpr std::array sources{
     Source{Completes::speed, known_speeds},
     Source{Completes::language, text_languages},
     Source{Completes::error_code, error_codes},
+    Source{Completes::function, functions},
+    Source{Completes::awaited_state, [](Service &) { return awaited_states_offered(); }},
+    Source{Completes::awaited_id, awaited_ids},
 };
 
 } // namespace

@@ -30,6 +30,9 @@ enum class Completes {
     speed,        ///< how fast is wound
     language,     ///< one that the library has error texts in
     error_code,   ///< one that has an error text of its own
+    function,     ///< one that the library exports
+    awaited_state,
+    awaited_id, ///< a channel that is recorded, or a handle
 };
 
 /// Says what an argument takes, and gives it back.

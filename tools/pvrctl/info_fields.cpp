@@ -36,8 +36,8 @@ std::uint64_t number_in(std::string_view bytes)
 
 std::int64_t signed_number_in(std::string_view bytes)
 {
-    static_assert(sizeof(std::int32_t) == number_width);
-    return static_cast<std::int32_t>(number_in(bytes));
+    const std::size_t unused = 8 * (sizeof(std::uint64_t) - bytes.size());
+    return static_cast<std::int64_t>(number_in(bytes) << unused) >> unused;
 }
 
 std::string_view before_nul(std::string_view bytes) { return bytes.substr(0, bytes.find('\0')); }
@@ -270,6 +270,11 @@ Json field_json(const pvr_file_info_s &record, const RecordField &field)
     return kind_of(field).json(bytes_of(record, field));
 }
 
+Json field_json(const char *record, const RecordField &field)
+{
+    return kind_of(field).json({record + field.offset, field.width});
+}
+
 bool is_more_than_text(const pvr_file_info_s &record, const RecordField &field)
 {
     const std::string_view bytes = bytes_of(record, field);
@@ -296,6 +301,14 @@ bool FieldChange::is_in(const pvr_file_info_s &record) const { return bytes_of(r
 
 FieldChange parsed_change(const std::string &text)
 {
+    FieldChange change = parsed_field(text);
+    if (change.field->offset == offsetof(pvr_file_info_s, version))
+        refuse(*change.field, "cannot be set: the library stamps it");
+    return change;
+}
+
+FieldChange parsed_field(const std::string &text)
+{
     const std::size_t separator = text.find('=');
     if (separator == std::string::npos)
         throw CLI::ValidationError("CHANGE", '\'' + text + "' is not FIELD=VALUE");
@@ -304,8 +317,6 @@ FieldChange parsed_change(const std::string &text)
         std::ranges::find_if(pvr::record_fields, [&](const RecordField &known) { return name == known.name; });
     if (field == std::end(pvr::record_fields))
         throw CLI::ValidationError("CHANGE", '\'' + std::string(name) + "' is no field of an info file");
-    if (field->offset == offsetof(pvr_file_info_s, version))
-        refuse(*field, "cannot be set: the library stamps it");
     return {field, kind_of(*field).parsed(*field, std::string_view(text).substr(separator + 1))};
 }
 

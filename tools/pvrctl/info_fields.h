@@ -14,6 +14,8 @@ bool has_meaning(const pvr::RecordField &field);
 
 /// A number, a list of numbers, a text in which what is no UTF-8 is U+FFFD, or bytes in hexadecimal.
 Json field_json(const pvr_file_info_s &record, const pvr::RecordField &field);
+/// The same for any record, from its first byte on.
+Json field_json(const char *record, const pvr::RecordField &field);
 
 /// Whether the text of field_json() is not all that a text field holds.
 bool is_more_than_text(const pvr_file_info_s &record, const pvr::RecordField &field);
@@ -36,5 +38,8 @@ struct FieldChange {
 /// Reads "field=value". Throws CLI::ValidationError for a field that is not there or cannot be set, and for a value
 /// that does not fit into it.
 FieldChange parsed_change(const std::string &text);
+
+/// The same for a record that is nobody's yet: every field can be set.
+FieldChange parsed_field(const std::string &text);
 
 } // namespace pvrctl

@@ -66,6 +66,14 @@ Action chosen_action(Commands &commands, const Output &output, int argc, char **
     return commands.chosen;
 }
 
+/// The way of a new user, at the head of what the help ends with.
+constexpr char first_steps[] = "First steps, in the order of a recording's life (pvr-sandbox brings a service):\n"
+                               "  pvrctl record start 1 --duration 60 --follow   record channel 1, and watch it\n"
+                               "  pvrctl monitor                                 watch all that happens\n"
+                               "  pvrctl play start RECORDING                    play what it has recorded\n"
+                               "  pvrctl inf show RECORDING                      inspect it\n"
+                               "  pvrctl file delete RECORDING                   delete it\n\n";
+
 ExitCode run(Output &output, int argc, char **argv)
 {
     CLI::App root("The command line tool of the Recording service.", "pvrctl");
@@ -78,8 +86,9 @@ ExitCode run(Output &output, int argc, char **argv)
     CLI::Option *json = root.add_flag("--json", is_json, "print one JSON object; errors are JSON, too");
     CLI::Option *quiet = root.add_flag("--quiet", is_quiet, "print nothing but errors")->excludes(json);
     for (CLI::Option *option : {json, quiet})
-        option->group(common_options);
-    root.footer(help_footer({"status", "play start first.srf", "record start 1 --duration 60", "status --json"}));
+        option->group(common_options)->disable_flag_override();
+    root.footer(first_steps +
+                help_footer({"status", "play start first.srf", "record start 1 --duration 60", "status --json"}));
     root.require_subcommand(1);
     root.fallthrough();
     add_play(commands);
@@ -97,6 +106,8 @@ ExitCode run(Output &output, int argc, char **argv)
     add_error_text(commands);
     add_status(commands);
     add_monitor(commands);
+    add_wait(commands);
+    add_call(commands);
     add_doctor(commands);
     add_complete(commands);
     add_sim(commands);
@@ -124,7 +135,8 @@ int main(int argc, char **argv)
     // What is wrong with the line is told in the form it asks for, so this is seen before the line is parsed.
     const std::span arguments(argv, static_cast<std::size_t>(argc));
     const auto options_end = std::ranges::find(arguments, std::string_view("--"));
-    if (std::find(arguments.begin(), options_end, std::string_view("--json")) != options_end)
+    const auto is_json = [](std::string_view word) { return word == "--json" || word.starts_with("--json="); };
+    if (std::any_of(arguments.begin(), options_end, is_json))
         output.set_form(Output::Form::json);
 
     ExitCode code = ExitCode::failed;

@@ -6,6 +6,9 @@
 #include <cstdio>
 #include <cstring>
 #include <ctime>
+#include <unistd.h>
+
+#include "terminal.h"
 
 namespace pvrctl {
 namespace {
@@ -63,7 +66,9 @@ try {
                               {"name", text_of(failure.code()).name},
                               {"message", failure.what()}}}});
     } else {
-        text = wrapped("pvrctl: " + printable(failure.what()), 8) + '\n';
+        constexpr std::string_view prefix = "pvrctl:";
+        text = wrapped(std::string(prefix) + ' ' + printable(failure.what()), prefix.size() + 1) + '\n';
+        text.replace(0, prefix.size(), alarming(prefix, STDERR_FILENO));
     }
     std::fwrite(text.data(), 1, text.size(), stderr);
 } catch (...) {

@@ -7,12 +7,14 @@
 #include <optional>
 #include <pvr_service_api.h>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "arguments.h"
 #include "command.h"
 #include "recordings.h"
 #include "states.h"
+#include "terminal.h"
 #include "wait.h"
 
 namespace pvrctl {
@@ -22,6 +24,7 @@ struct RecordStart {
     std::uint64_t service_id = 0;
     int duration = 0; ///< 0: until it is stopped
     bool is_waiting = false;
+    bool is_following = false; ///< waiting, with a bar
 };
 
 /// A recording that a command has the service start, stopped when the command fails.
@@ -81,18 +84,29 @@ std::optional<int> told_seconds(Service &service, std::optional<int> handle)
     return seconds;
 }
 
-/// Stays until the recording has ended, or a signal comes, which ends it.
-void follow(Service &service, const Output &output, const Recording &recording, BegunRecording &begun,
-            StopSignals &signals)
+/// Stays until the recording has ended, or a signal has come. How long it is by then, and the signal or 0.
+std::pair<std::int64_t, int> stay(const Service &service, const Recording &recording, StopSignals &signals,
+                                  ProgressLine &&progress)
 {
-    const std::optional<int> handle = handle_of(service, recording.uri);
+    const int duration = duration_of(service, recording.service_id);
     std::int64_t seconds = recording.seconds;
     int signal = 0;
     while (signal == 0 && recording_uri(service, recording.service_id) == recording.uri) {
         // It may end between the two questions.
         seconds = std::max(seconds, progress_of(service, recording.service_id));
+        progress.show(channel_text(recording.service_id) + "  " + progress_text(seconds, duration));
         signal = signals.pause(look_interval);
     }
+    return {seconds, signal};
+}
+
+/// Stays until the recording has ended, or a signal comes, which ends it.
+void follow(Service &service, const Output &output, const Recording &recording, BegunRecording &begun,
+            StopSignals &signals, bool has_bar)
+{
+    const std::optional<int> handle = handle_of(service, recording.uri);
+    auto [seconds, signal] =
+        stay(service, recording, signals, ProgressLine(has_bar && output.form() == Output::Form::text));
     if (signal != 0)
         stop_begun(service, recording);
     begun.keep();
@@ -120,7 +134,7 @@ void follow(Service &service, const Output &output, const Recording &recording, 
 void start_recording(Service &service, Output &output, const RecordStart &wanted)
 {
     std::optional<StopSignals> signals;
-    if (wanted.is_waiting)
+    if (wanted.is_waiting || wanted.is_following)
         signals.emplace();
     service.open();
     if (is_recorded(service, wanted.service_id))
@@ -138,7 +152,7 @@ void start_recording(Service &service, Output &output, const RecordStart &wanted
         set_duration(service, wanted.service_id, wanted.duration);
     show_start(service, output, *recording);
     if (signals)
-        follow(service, output, *recording, begun, *signals);
+        follow(service, output, *recording, begun, *signals, wanted.is_following);
     begun.keep();
 }
 
@@ -146,16 +160,18 @@ void start_recording(Service &service, Output &output, const RecordStart &wanted
 
 void add_record_start(Commands &commands, CLI::App &object)
 {
-    CLI::App &verb = add_command(object, "start",
-                                 "Record a channel. With --wait the command stays until the recording has ended, and "
-                                 "says how long it is, as a second JSON object with --json. Ctrl-C and SIGTERM stop "
-                                 "the recording then, and the command "
-                                 "ends with 130 or 143.",
-                                 {"record start 1", "record start 1 --duration 3600", "record start 1 --wait"});
+    CLI::App &verb =
+        add_command(object, "start",
+                    "Record a channel. With --wait the command stays until the recording has ended, and "
+                    "says how long it is, as a second JSON object with --json; with --follow a terminal "
+                    "shows how far it is meanwhile. Ctrl-C and SIGTERM stop the recording then, and the "
+                    "command ends with 130 or 143.",
+                    {"record start 1", "record start 1 --duration 3600 --follow", "record start 1 --wait"});
     const auto wanted = std::make_shared<RecordStart>();
     add_channel_argument(verb, wanted->service_id);
     add_number(verb, "--duration", wanted->duration, "SECONDS", "without it until it is stopped", 1);
     verb.add_flag("--wait", wanted->is_waiting, "stay until the recording has ended");
+    verb.add_flag("--follow", wanted->is_following, "the same, with a bar on a terminal");
     choose(commands, verb, [wanted](Service &service, Output &output) { start_recording(service, output, *wanted); });
 }
 
