@@ -43,8 +43,8 @@ def run(*command, check=True):
 
 def configure(build, *settings, check=True):
     return run(OPTIONS.cmake, "--fresh", "-S", OPTIONS.source, "-B", build, "-G", OPTIONS.generator,
-               "-DCMAKE_BUILD_TYPE=Release", "-DPVR_BUILD_TESTS=OFF", f"-DCMAKE_C_COMPILER={OPTIONS.cc}",
-               f"-DCMAKE_CXX_COMPILER={OPTIONS.cxx}", *settings, check=check)
+               "-DCMAKE_BUILD_TYPE=Release", "-DPVR_BUILD_TESTS=OFF", "-DPVR_BUILD_TOOLS=OFF",
+               f"-DCMAKE_C_COMPILER={OPTIONS.cc}", f"-DCMAKE_CXX_COMPILER={OPTIONS.cxx}", *settings, check=check)
 
 
 def build_for_device(work):
