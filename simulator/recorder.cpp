@@ -22,7 +22,7 @@ Recorder::~Recorder()
         end(running_.begin(), is_whole, std::nullopt);
 }
 
-int Recorder::precheck(std::uint64_t service_id, ps_record_type_e type) const
+int Recorder::precheck(std::uint64_t service_id, int type) const
 {
     const Channel *channel = set_.channels.find(service_id);
     if (channel == nullptr)
@@ -54,7 +54,7 @@ int Recorder::precheck(std::uint64_t service_id, ps_record_type_e type) const
     return done;
 }
 
-Outcome Recorder::start(std::optional<int> handle, std::uint64_t service_id, ps_record_type_e type)
+Outcome Recorder::start(std::optional<int> handle, std::uint64_t service_id, int type)
 {
     advance();
     RecordingEvent refusal{
@@ -96,7 +96,7 @@ Outcome Recorder::start(std::optional<int> handle, std::uint64_t service_id, ps_
                             .is_handle_ours = !handle,
                             .uid = ++last_uid_,
                             .service_id = service_id,
-                            .type = type,
+                            .type = static_cast<ps_record_type_e>(type),
                             .bits_per_second = channel.bits_per_second,
                             .began = set_.clock(),
                             .duration = 0,

@@ -57,7 +57,7 @@ struct RecordingEvent {
     int handle = 0;
     int uid = 0; ///< a number of the recording's own
     std::uint64_t service_id = 0;
-    ps_record_type_e type = PS_RECORD_TYPE_NORMAL;
+    int type = PS_RECORD_TYPE_NORMAL; ///< as it came, which need be no ps_record_type_e
     ps_record_state_e state = PS_RECORD_STATE_STOP;
     int result = 0;
     int seconds = 0;
@@ -67,7 +67,7 @@ struct RecordingEvent {
     bool operator==(const RecordingEvent &) const = default;
 };
 
-inline bool is_timeshift(ps_record_type_e type)
+inline bool is_timeshift(int type)
 {
     return type == PS_RECORD_TYPE_TIMESHIFT_PLAY || type == PS_RECORD_TYPE_TIMESHIFT_PAUSE;
 }
@@ -120,9 +120,9 @@ public:
     Recorder &operator=(const Recorder &) = delete;
 
     /// What start() would answer.
-    int precheck(std::uint64_t service_id, ps_record_type_e type) const;
+    int precheck(std::uint64_t service_id, int type) const;
     /// Records a channel on a handle, or on one of its own when there is none. Types of timeshift start a timeshift.
-    Outcome start(std::optional<int> handle, std::uint64_t service_id, ps_record_type_e type);
+    Outcome start(std::optional<int> handle, std::uint64_t service_id, int type);
     /// Has the signal of the method tell of it.
     Outcome stop(int handle, ps_method_e method = PS_RECORD_STOP);
     /// Of a channel: its recording, its timeshift.

@@ -74,7 +74,7 @@ Outcome RecordingMethods::call_app(int command, guint64 service_id, int number, 
 
 Untold RecordingMethods::record_start(int handle, guint64 service_id, int type)
 {
-    return {set_.recorder.start(handle, service_id, static_cast<ps_record_type_e>(type))};
+    return {set_.recorder.start(handle, service_id, type)};
 }
 
 Untold RecordingMethods::record_stop(int handle) { return {set_.recorder.stop(handle)}; }
@@ -123,7 +123,7 @@ std::tuple<int, int> RecordingMethods::get_recording_duration_by_service_id(guin
 
 std::tuple<int> RecordingMethods::precheck_recording_available(guint64 service_id, int type)
 {
-    const int code = set_.recorder.precheck(service_id, static_cast<ps_record_type_e>(type));
+    const int code = set_.recorder.precheck(service_id, type);
     constexpr int none = 0;
     set_.signals.result(
         PS_PRECHECK_RECORDING_AVAILABLE, result_value(none, code, none, std::uint64_t{service_id}, type, code),

@@ -11,7 +11,7 @@ namespace {
 const char *name_of(ps_method_e method) { return pvr::_get_pvr_macro_name(pvr::ps_method_e_str, method); }
 const char *name_of(ps_signal_type_e type) { return pvr::_get_pvr_macro_name(pvr::ps_signal_type_e_str, type); }
 const char *name_of(ps_record_state_e state) { return pvr::_get_pvr_macro_name(pvr::ps_record_state_e_str, state); }
-const char *name_of(ps_record_type_e type) { return pvr::_get_pvr_macro_name(pvr::ps_record_type_e_str, type); }
+const char *name_of(int type) { return pvr::_get_pvr_macro_name(pvr::ps_record_type_e_str, type); }
 
 std::string recording(const RecordingEvent &event)
 {
