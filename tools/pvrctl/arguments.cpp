@@ -95,6 +95,28 @@ int parsed_int(const std::string &name, const std::string &text)
     return parsed_number(name, text, std::numeric_limits<int>::min());
 }
 
+std::string read_whole(std::string_view text, NumberBounds bounds, std::uint64_t &number)
+{
+    std::string_view digits = text;
+    const bool is_negative = digits.starts_with('-');
+    if (is_negative || digits.starts_with('+'))
+        digits.remove_prefix(1);
+    const bool is_hexadecimal = digits.starts_with("0x") || digits.starts_with("0X");
+    if (is_hexadecimal)
+        digits.remove_prefix(2);
+    std::uint64_t size = 0;
+    const char *const last = digits.data() + digits.size();
+    const auto [end, error] = std::from_chars(digits.data(), last, size, is_hexadecimal ? 16 : 10);
+    if (digits.empty() || end != last || error == std::errc::invalid_argument)
+        return '\'' + std::string(text) + "' is no whole number, in decimal or with 0x";
+    const std::uint64_t most_below = ~static_cast<std::uint64_t>(bounds.least) + 1;
+    if (error == std::errc::result_out_of_range || size > (is_negative ? most_below : bounds.most))
+        return '\'' + std::string(text) + "' is not between " + std::to_string(bounds.least) + " and " +
+               std::to_string(bounds.most);
+    number = is_negative ? ~size + 1 : size;
+    return "";
+}
+
 CLI::Option *add_permissions(CLI::App &verb, const std::string &name, int &mode, const std::string &description)
 {
     const CLI::callback_t store = [name, &mode](const CLI::results_t &texts) {

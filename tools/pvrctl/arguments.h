@@ -26,6 +26,15 @@ std::uint64_t parsed_channel(const std::string &text);
 /// A number of 32 bits from the text of an option that may be given often.
 int parsed_int(const std::string &name, const std::string &text);
 
+struct NumberBounds {
+    std::int64_t least;
+    std::uint64_t most;
+};
+
+/// Reads a whole number, in decimal or with 0x; one below 0 becomes its two's complement. Returns what is wrong with
+/// the text, which leaves the number alone, or "".
+std::string read_whole(std::string_view text, NumberBounds bounds, std::uint64_t &number);
+
 /// Permissions as chmod(1) takes them, in octal.
 CLI::Option *add_permissions(CLI::App &verb, const std::string &name, int &mode, const std::string &description);
 

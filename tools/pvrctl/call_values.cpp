@@ -7,7 +7,6 @@
 #include <glib.h>
 #include <memory>
 #include <string_view>
-#include <system_error>
 
 #include "info_fields.h"
 
@@ -130,23 +129,10 @@ void Slot<char *>::show(const std::string &name, Handed &handed) const
 
 std::uint64_t parsed_whole(const std::string &name, const std::string &text, NumberBounds bounds)
 {
-    std::string_view digits = text;
-    const bool is_negative = digits.starts_with('-');
-    if (is_negative || digits.starts_with('+'))
-        digits.remove_prefix(1);
-    const bool is_hexadecimal = digits.starts_with("0x") || digits.starts_with("0X");
-    if (is_hexadecimal)
-        digits.remove_prefix(2);
-    std::uint64_t size = 0;
-    const char *const last = digits.data() + digits.size();
-    const auto [end, error] = std::from_chars(digits.data(), last, size, is_hexadecimal ? 16 : 10);
-    if (digits.empty() || end != last || error == std::errc::invalid_argument)
-        refuse_word(name, '\'' + text + "' is no whole number, in decimal or with 0x");
-    const std::uint64_t most_below = ~static_cast<std::uint64_t>(bounds.least) + 1;
-    if (error == std::errc::result_out_of_range || size > (is_negative ? most_below : bounds.most))
-        refuse_word(name, '\'' + text + "' is not between " + std::to_string(bounds.least) + " and " +
-                              std::to_string(bounds.most));
-    return is_negative ? ~size + 1 : size;
+    std::uint64_t number = 0;
+    if (const std::string complaint = read_whole(text, bounds, number); !complaint.empty())
+        refuse_word(name, complaint);
+    return number;
 }
 
 std::string parsed_hexadecimal(const std::string &name, const std::string &text)

@@ -18,6 +18,7 @@
 #include <utility>
 #include <vector>
 
+#include "arguments.h"
 #include "event.h"
 #include "files/record_layout.h"
 #include "output.h"
@@ -37,10 +38,6 @@ struct Handed {
 };
 
 /// A whole number, in decimal or with 0x. Throws a usage Failure for what is none, or does not fit.
-struct NumberBounds {
-    std::int64_t least;
-    std::uint64_t most;
-};
 std::uint64_t parsed_whole(const std::string &name, const std::string &text, NumberBounds bounds);
 
 /// Bytes from two hexadecimal digits each.

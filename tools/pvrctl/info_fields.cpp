@@ -12,7 +12,8 @@
 #include <iterator>
 #include <memory>
 #include <string_view>
-#include <system_error>
+
+#include "arguments.h"
 
 namespace pvrctl {
 namespace {
@@ -163,29 +164,15 @@ std::string bytes_for_people(const RecordField &, std::string_view bytes)
     throw CLI::ValidationError(field.name, message);
 }
 
-/// Decimal or with 0x. The bounds are those of the number's kind; bytes are little-endian.
+/// The bounds are those of the number's kind; bytes are little-endian.
 std::string parsed_bytes(const RecordField &field, std::string_view text, std::size_t width, bool is_signed)
 {
-    std::string_view digits = text;
-    const bool is_negative = digits.starts_with('-');
-    if (is_negative || digits.starts_with('+'))
-        digits.remove_prefix(1);
-    const bool is_hexadecimal = digits.starts_with("0x") || digits.starts_with("0X");
-    if (is_hexadecimal)
-        digits.remove_prefix(2);
-    std::uint64_t size = 0;
-    const auto [end, error] =
-        std::from_chars(digits.data(), digits.data() + digits.size(), size, is_hexadecimal ? 16 : 10);
-    if (digits.empty() || end != digits.data() + digits.size() || error == std::errc::invalid_argument)
-        refuse(field, '\'' + std::string(text) + "' is no whole number, in decimal or with 0x");
-
-    const std::uint64_t values = std::uint64_t{1} << (8 * width);
-    const std::uint64_t most = is_signed ? values / 2 - 1 : values - 1;
-    const std::uint64_t most_below = is_signed ? values / 2 : 0;
-    if (error == std::errc::result_out_of_range || size > (is_negative ? most_below : most))
-        refuse(field, '\'' + std::string(text) + "' is not between " + (is_signed ? "-" : "") +
-                          std::to_string(most_below) + " and " + std::to_string(most));
-    const std::uint64_t number = is_negative ? ~size + 1 : size;
+    const std::int64_t values = std::int64_t{1} << (8 * width);
+    const NumberBounds bounds = is_signed ? NumberBounds{-values / 2, static_cast<std::uint64_t>(values / 2 - 1)}
+                                          : NumberBounds{0, static_cast<std::uint64_t>(values - 1)};
+    std::uint64_t number = 0;
+    if (const std::string complaint = read_whole(text, bounds, number); !complaint.empty())
+        refuse(field, complaint);
     std::string bytes(width, '\0');
     std::memcpy(bytes.data(), &number, width);
     return bytes;
