@@ -201,7 +201,7 @@ class Tutorial(ExamplesTest):
 
 class Watch(ExamplesTest):
     def test_watches_another_application_until_the_service_is_idle(self):
-        script = f"{OPTIONS.watch} > watched & while ! grep -q watching watched; do sleep 0.1; done; " \
+        script = f": > watched; {OPTIONS.watch} > watched & while ! grep -q watching watched; do sleep 0.1; done; " \
                  f"{OPTIONS.record_and_listen} 1 1 > /dev/null; wait; cat watched"
         status, output, complaint = run(OPTIONS.sandbox, "--", "sh", "-c", f"cd $PVR_SANDBOX; {script}")
         self.assertEqual((status, complaint), (0, ""))
