@@ -8,6 +8,7 @@ until pvrctl --quiet play start first.srf; do sleep 0.1; done 2>/dev/null
 END
 cat > my-own-service-and-its-test <<'END'
 ! pvrctl status 2>/dev/null
+: > ready
 pvr-simulator --quiet > ready &
 until grep -q ready ready; do sleep 0.1; done
 pvrctl play start first.srf
