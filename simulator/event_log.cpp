@@ -1,9 +1,10 @@
 #include "event_log.h"
 
+#include "system_failure.h"
+
 #include <cctype>
 #include <cerrno>
 #include <chrono>
-#include <system_error>
 #include <utility>
 
 namespace simulator {
@@ -22,7 +23,7 @@ EventLog::EventLog(const std::string &path, std::vector<DeviceDescription> devic
     : file_(std::fopen(path.c_str(), "we"), &std::fclose), devices_(std::move(devices))
 {
     if (!file_)
-        throw std::system_error(errno, std::generic_category(), "cannot write " + path);
+        throw_errno("cannot write " + path);
 }
 
 void EventLog::follow(Clock clock)

@@ -78,7 +78,7 @@ constexpr Option option_table[] = {
 
 [[noreturn]] void refuse(const std::string &message) { throw std::invalid_argument(message); }
 
-std::string quoted(std::string_view text) { return "'" + std::string(text) + "'"; }
+std::string in_quotes(std::string_view text) { return "'" + std::string(text) + "'"; }
 
 /// "one, two and three".
 template <typename List, typename NameOf>
@@ -97,7 +97,7 @@ const Kind &kind_named(const std::string &name)
     const auto found =
         std::find_if(kinds().begin(), kinds().end(), [&](const Kind &kind) { return name == kind.name; });
     if (found == kinds().end())
-        refuse("there is no fault " + quoted(name) + ", but " +
+        refuse("there is no fault " + in_quotes(name) + ", but " +
                listed(kinds(), [](const Kind &kind) { return kind.name; }));
     return *found;
 }
@@ -122,7 +122,7 @@ const Option &option_named(const Kind &kind, std::string_view name)
     for (const Option &option : option_table)
         if (takes(kind, option))
             taken.push_back(option.name);
-    refuse("the fault " + quoted(kind.name) + " has no option " + quoted(name) + ", but " +
+    refuse("the fault " + in_quotes(kind.name) + " has no option " + in_quotes(name) + ", but " +
            listed(taken, [](std::string_view option) { return option; }));
 }
 
@@ -138,21 +138,21 @@ FaultOptions read_options(const Kind &kind, GVariant *given)
         const pvr::OwnedVariant value(boxed);
         const Option &option = option_named(kind, name);
         if (g_variant_is_of_type(value.get(), G_VARIANT_TYPE(option.type)) == FALSE)
-            refuse("the option " + quoted(name) + " is of type " + option.type + ", not " +
+            refuse("the option " + in_quotes(name) + " is of type " + option.type + ", not " +
                    g_variant_get_type_string(value.get()));
         option.store(options, value.get());
         seen.push_back(option.name);
     }
     for (const std::string_view required : kind.required)
         if (!has(seen, required))
-            refuse("the fault " + quoted(kind.name) + " needs the option " + quoted(required));
+            refuse("the fault " + in_quotes(kind.name) + " needs the option " + in_quotes(required));
     if (options.probability &&
         !(*options.probability >= 0 && *options.probability <= 1)) // what is no number is neither
         refuse("the option 'probability' is from 0 to 1");
     if (has(seen, "seed") && !options.probability)
         refuse("the option 'seed' goes with a 'probability'");
     if (has(seen, "error") && g_dbus_is_error_name(options.error.c_str()) == FALSE)
-        refuse(quoted(options.error) + " cannot be the name of an error");
+        refuse(in_quotes(options.error) + " cannot be the name of an error");
     return options;
 }
 
@@ -161,22 +161,22 @@ void require_method(const Kind &kind, const std::string &name, const std::vector
     const GDBusMethodInfo *method =
         g_dbus_interface_info_lookup_method(org_vexan_tv_pvr_interface_info(), name.c_str());
     if (method == nullptr)
-        refuse("org.vexan.tv.pvr has no method " + quoted(name));
+        refuse("org.vexan.tv.pvr has no method " + in_quotes(name));
     if (kind.kind != FaultKind::result)
         return;
     for (GDBusArgInfo **output = method->out_args; output != nullptr && *output != nullptr; ++output)
         if (std::string_view((*output)->name) == "result")
             return;
-    refuse("the method " + quoted(name) + " answers no result");
+    refuse("the method " + in_quotes(name) + " answers no result");
 }
 
 void require_signal(const Kind &kind, const std::string &name, const std::vector<std::string> &)
 {
     if (g_dbus_interface_info_lookup_signal(org_vexan_tv_pvr_interface_info(), name.c_str()) == nullptr)
-        refuse("org.vexan.tv.pvr has no signal " + quoted(name) + ", but " + std::string(of_results) + " and " +
+        refuse("org.vexan.tv.pvr has no signal " + in_quotes(name) + ", but " + std::string(of_results) + " and " +
                std::string(of_records));
     if (kind.only != any && name != kind.only)
-        refuse("the fault " + quoted(kind.name) + " is one of " + std::string(kind.only) + ", not of " + name);
+        refuse("the fault " + in_quotes(kind.name) + " is one of " + std::string(kind.only) + ", not of " + name);
 }
 
 void require_device(const Kind &, const std::string &name, const std::vector<std::string> &devices)
@@ -184,7 +184,7 @@ void require_device(const Kind &, const std::string &name, const std::vector<std
     if (std::find(devices.begin(), devices.end(), name) != devices.end())
         return;
     const std::string others = listed(devices, [](const std::string &device) { return device; });
-    refuse("there is no device " + quoted(name) + (others.empty() ? ", nor any other" : ", but " + others));
+    refuse("there is no device " + in_quotes(name) + (others.empty() ? ", nor any other" : ", but " + others));
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "info_file.h"
 
 #include "descriptor.h"
+#include "system_failure.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -10,7 +11,6 @@
 #include <string_view>
 #include <sys/file.h>
 #include <sys/stat.h>
-#include <system_error>
 #include <thread>
 
 namespace simulator {
@@ -18,8 +18,6 @@ namespace {
 
 constexpr std::uint16_t layout_version = 20;
 constexpr std::uint32_t thumbnail_of_sound = 1;
-
-[[noreturn]] void give_up(const std::string &path) { throw std::system_error(errno, std::generic_category(), path); }
 
 /// Cuts a text at the end of a character, so that it stays UTF-8.
 std::string_view cut(std::string_view text, std::size_t most)
@@ -45,7 +43,7 @@ void write_whole(int file, const pvr_file_info_s &info, const std::string &path)
     if (count >= 0 && count != sizeof info)
         errno = ENOSPC;
     if (count != sizeof info)
-        give_up(path);
+        throw_errno(path);
 }
 
 /// The lock that applications take as well, for as long as they read; it ends with the descriptor. One that is held
@@ -55,7 +53,7 @@ void lock(int file, const std::string &path)
     constexpr int most_tries = 100;
     for (int tries = 0; flock(file, LOCK_EX | LOCK_NB) != 0; ++tries) {
         if (errno != EWOULDBLOCK || tries == most_tries)
-            give_up(path);
+            throw_errno(path);
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
 }
@@ -101,7 +99,7 @@ void make_info(const std::string &path, const pvr_file_info_s &info)
 {
     const Descriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0666));
     if (!file.is_open())
-        give_up(path);
+        throw_errno(path);
     lock(file.number(), path);
     write_whole(file.number(), info, path);
 }
@@ -119,7 +117,7 @@ void change_info(const std::string &path, const std::function<void(pvr_file_info
 {
     const Descriptor file(open(path.c_str(), O_RDWR | O_CLOEXEC | O_NONBLOCK));
     if (!file.is_open() && errno != ENOENT)
-        give_up(path);
+        throw_errno(path);
     if (!file.is_open())
         return;
     lock(file.number(), path);

@@ -1,18 +1,17 @@
 #include "new_file.h"
 
+#include "system_failure.h"
+
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <system_error>
 #include <unistd.h>
 #include <utility>
 
 namespace simulator {
 namespace {
-
-[[noreturn]] void give_up(const std::string &path) { throw std::system_error(errno, std::generic_category(), path); }
 
 /// What a file made in the ordinary way may be done with.
 mode_t usual_mode()
@@ -29,11 +28,11 @@ NewFile::NewFile(std::string path) : path_(std::move(path)), temporary_(path_ + 
     struct stat status {};
     if (stat(path_.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
         errno = S_ISDIR(status.st_mode) ? EISDIR : EEXIST;
-        give_up(path_);
+        throw_errno(path_);
     }
     descriptor_ = mkostemp(temporary_.data(), O_CLOEXEC);
     if (descriptor_ < 0)
-        give_up(path_);
+        throw_errno(path_);
 }
 
 NewFile::~NewFile()
@@ -49,7 +48,7 @@ void NewFile::write(std::span<const std::uint8_t> bytes)
     while (!bytes.empty()) {
         const ssize_t count = ::write(descriptor_, bytes.data(), bytes.size());
         if (count < 0 && errno != EINTR)
-            give_up(path_);
+            throw_errno(path_);
         if (count > 0)
             bytes = bytes.subspan(static_cast<std::size_t>(count));
     }
@@ -58,14 +57,14 @@ void NewFile::write(std::span<const std::uint8_t> bytes)
 void NewFile::publish()
 {
     if (fchmod(descriptor_, usual_mode()) != 0)
-        give_up(path_);
+        throw_errno(path_);
     // Errors of delayed writing come with the close.
     if (const int descriptor = std::exchange(descriptor_, -1);
         close(descriptor) != 0 || std::rename(temporary_.c_str(), path_.c_str()) != 0) {
         const int error = errno;
         unlink(temporary_.c_str());
         errno = error;
-        give_up(path_);
+        throw_errno(path_);
     }
 }
 

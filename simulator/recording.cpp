@@ -2,6 +2,7 @@
 
 #include "client/owned.h"
 #include "descriptor.h"
+#include "recording_name.h"
 #include "transport_stream.h"
 
 #include <cerrno>
@@ -14,7 +15,6 @@
 namespace simulator {
 namespace {
 
-constexpr std::string_view recording_extension = ".srf";
 constexpr ps_os_error_e last_named_error = PS_MATH_RESULT_NOT_REPRESENTABLE;
 
 [[noreturn]] void give_up(int error)

@@ -1,5 +1,6 @@
 #include "recording_file.h"
 
+#include "system_failure.h"
 #include "transport_stream.h"
 
 #include <algorithm>
@@ -24,14 +25,12 @@ namespace {
 /// file system.
 constexpr std::size_t chunk = packet_size * 1024;
 
-[[noreturn]] void give_up(const std::string &path) { throw std::system_error(errno, std::generic_category(), path); }
-
 void write_all(int file, std::span<const std::uint8_t> bytes, const std::string &path)
 {
     while (!bytes.empty()) {
         const ssize_t count = write(file, bytes.data(), bytes.size());
         if (count < 0 && errno != EINTR)
-            give_up(path);
+            throw_errno(path);
         if (count > 0)
             bytes = bytes.subspan(static_cast<std::size_t>(count));
     }
@@ -42,7 +41,7 @@ Descriptor new_stream(const std::string &path)
 {
     Descriptor file(open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_APPEND | O_CLOEXEC | O_NOFOLLOW, 0666));
     if (!file.is_open())
-        give_up(path);
+        throw_errno(path);
     flock(file.number(), LOCK_EX | LOCK_NB); // a file system without locks has to do, too
     return file;
 }
@@ -51,12 +50,12 @@ Descriptor new_stream(const std::string &path)
 void rename_both(const std::pair<std::string, std::string> &one, const std::pair<std::string, std::string> &other)
 {
     if (renameat2(AT_FDCWD, one.first.c_str(), AT_FDCWD, one.second.c_str(), RENAME_NOREPLACE) != 0)
-        give_up(one.second);
+        throw_errno(one.second);
     if (renameat2(AT_FDCWD, other.first.c_str(), AT_FDCWD, other.second.c_str(), RENAME_NOREPLACE) != 0) {
         const int error = errno;
         std::rename(one.second.c_str(), one.first.c_str());
         errno = error;
-        give_up(other.second);
+        throw_errno(other.second);
     }
 }
 
@@ -114,7 +113,7 @@ void RecordingFile::give_up_before(std::int64_t place)
     const int result =
         fallocate(file_.number(), FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE, given_up_, place - given_up_);
     if (result != 0 && errno != EOPNOTSUPP)
-        give_up(path_);
+        throw_errno(path_);
     given_up_ = place;
 }
 
@@ -143,7 +142,7 @@ void RecordingFile::move_content_to(const std::string &path, std::int64_t from)
             if (count == 0)
                 errno = EIO; // somebody has cut it
             if (count <= 0)
-                give_up(path_);
+                throw_errno(path_);
             write_all(file.number(), std::span(bytes).first(static_cast<std::size_t>(count)), copy);
             place += count;
         }

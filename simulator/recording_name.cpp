@@ -7,7 +7,6 @@
 namespace simulator {
 namespace {
 
-constexpr char extension[] = ".srf";
 constexpr std::size_t longest_channel = 100; ///< in a file name; the path has to fit an application's 255 bytes
 
 /// The part of a file name that tells the channel.
@@ -40,9 +39,9 @@ std::string stamp(std::int64_t seconds)
 std::string new_recording_path(const std::string &folder, const std::string &channel, std::optional<std::int64_t> time)
 {
     const std::string beginning = folder + "/" + (time ? stamp(*time) : "undated") + "-" + file_name_of(channel);
-    std::string path = beginning + extension;
+    std::string path = beginning + recording_extension;
     for (int number = 2; access(path.c_str(), F_OK) == 0; ++number)
-        path = beginning + "-" + std::to_string(number) + extension;
+        path = beginning + "-" + std::to_string(number) + recording_extension;
     return path;
 }
 

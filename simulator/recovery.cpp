@@ -3,6 +3,7 @@
 #include "descriptor.h"
 #include "info_file.h"
 #include "recording_file.h"
+#include "recording_name.h"
 #include "transport_stream.h"
 
 #include <chrono>
@@ -20,8 +21,6 @@ namespace simulator {
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr char recording_extension[] = ".srf";
 
 /// A stream that nobody writes any more, for as long as it is kept open.
 Descriptor abandoned(const std::string &path)

@@ -23,9 +23,6 @@
 namespace simulator {
 namespace {
 
-/// So many sync bytes in a row have to be where they should before a place counts as the start of a packet.
-constexpr std::size_t packets_to_trust = 5;
-
 /// How many of these lie at the start of the bytes, as far as they go.
 std::size_t packets_in_step(std::span<const std::uint8_t> bytes)
 {

@@ -3,6 +3,7 @@
 #include "info_file.h"
 #include "new_file.h"
 #include "recording.h"
+#include "recording_name.h"
 
 #include <algorithm>
 #include <array>
@@ -16,8 +17,6 @@ namespace simulator {
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr char recording_extension[] = ".srf";
 
 /// The extensions of what lies beside a recording.
 constexpr const char *companions[] = {"inf", "sas", "cft", "yuv"};

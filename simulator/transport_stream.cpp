@@ -11,9 +11,6 @@
 namespace simulator {
 namespace {
 
-/// So many packets in a row have to start where they should before a file counts as a transport stream.
-constexpr std::size_t packets_to_trust = 5;
-
 /// A part of the file, and where it begins.
 struct Part {
     off_t offset = 0;

@@ -11,6 +11,8 @@ namespace simulator {
 
 constexpr std::size_t packet_size = 188;
 constexpr std::uint8_t sync_byte = 0x47;
+/// So many packets in a row have to start with it before a place counts as the start of one.
+constexpr std::size_t packets_to_trust = 5;
 
 /// A clock reference (PCR) is 33 bits of a 90 kHz clock and a rest at 27 MHz, of which it holds 300 each.
 constexpr std::int64_t system_clock_rate = 27'000'000;
