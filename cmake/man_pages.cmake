@@ -6,8 +6,8 @@ set(man_page_folder ${PROJECT_BINARY_DIR}/share/man/man1)
 set(man_page_programs pvrctl pvr-sandbox pvr-simulator pvr-make-stream)
 set(man_page_scripts ${CMAKE_CURRENT_LIST_DIR}/man-page.awk ${CMAKE_CURRENT_LIST_DIR}/man-tidy.awk)
 
-# add_man_page(PROGRAM PAGE SYNOPSIS SUMMARY VARIABLE=VALUE...): the variables are those of man-page.awk.
-function(add_man_page program page synopsis summary)
+# add_man_page(PROGRAM COMPONENT PAGE SYNOPSIS SUMMARY VARIABLE=VALUE...): the variables are those of man-page.awk.
+function(add_man_page program component page synopsis summary)
     set(source ${PROJECT_SOURCE_DIR}/docs/${page})
     set(markdown ${PROJECT_BINARY_DIR}/man/${program}.md)
     set(draft ${PROJECT_BINARY_DIR}/man/${program}.roff)
@@ -29,16 +29,17 @@ function(add_man_page program page synopsis summary)
         DEPENDS ${source} ${man_page_scripts}
         VERBATIM)
     set_property(GLOBAL APPEND PROPERTY PVR_MAN_PAGES ${manual})
-    install(FILES ${manual} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+    install(FILES ${manual} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT ${component})
 endfunction()
 
-add_man_page(pvrctl pvrctl.md "[OPTION]... COMMAND" "the command line tool of the Recording service"
+add_man_page(pvrctl tools pvrctl.md "[OPTION]... COMMAND" "the command line tool of the Recording service"
     "without=Change it")
-add_man_page(pvr-sandbox sandbox.md "[OPTION]... [-- COMMAND [ARG]...]"
+add_man_page(pvr-sandbox tools sandbox.md "[OPTION]... [-- COMMAND [ARG]...]"
     "run a command with a bus and a Recording service of its own")
-add_man_page(pvr-simulator simulator.md "[OPTION]..." "the development Recording service" "without=The rooms")
-add_man_page(pvr-make-stream simulator.md "[--seconds N] [--bit-rate N] FILE" "make a small transport stream to play"
-    "only=Make a recording")
+add_man_page(pvr-simulator simulator simulator.md "[OPTION]..." "the development Recording service"
+    "without=The rooms")
+add_man_page(pvr-make-stream simulator simulator.md "[--seconds N] [--bit-rate N] FILE"
+    "make a small transport stream to play" "only=Make a recording")
 
 get_property(man_pages GLOBAL PROPERTY PVR_MAN_PAGES)
 add_custom_target(pvr-man-pages ALL DEPENDS ${man_pages})

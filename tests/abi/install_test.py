@@ -1,5 +1,6 @@
 """cmake --install puts everything under any prefix, and programs build and run against it there."""
 import argparse
+import json
 import os
 import pathlib
 import re
@@ -11,6 +12,9 @@ import unittest
 OPTIONS = argparse.Namespace()
 HERE = pathlib.Path(__file__).resolve().parent
 LIBRARY = "libpvr-service-api.so"
+PROGRAMS = "pvrctl", "pvr-sandbox", "pvr-simulator", "pvr-make-stream"
+SCENARIOS = sorted((HERE.parents[1] / "simulator/scenarios").glob("*.toml"))
+COMPONENTS = "library", "development", "policy", "tools", "simulator"
 WITHOUT_A_BUS = {"DBUS_SYSTEM_BUS_ADDRESS": "unix:path=/nonexistent", "PVR_PLATFORM_CONFIG": ""}
 
 
@@ -39,14 +43,17 @@ def expected():
         f"{data}/dbus-1/system.d/org.vexan.tv.pvr.conf": None,
     }
     if OPTIONS.mandir:  # what belongs to the tools
-        files |= {f"{OPTIONS.mandir}/man1/{name}.1": None
-                  for name in ("pvrctl", "pvr-sandbox", "pvr-simulator", "pvr-make-stream")}
+        files |= {name: None for program in PROGRAMS
+                  for name in (f"{OPTIONS.bindir}/{program}", f"{OPTIONS.mandir}/man1/{program}.1")}
+        files |= {f"{data}/pvr-simulator/{name}.toml": None
+                  for name in ("pvr-simulator", *(f"scenarios/{scenario.stem}" for scenario in SCENARIOS))}
+        files[f"{data}/dbus-1/system.d/org.vexan.tv.pvr.Simulator1.conf"] = None
         files |= {f"{data}/{name}": None
                   for name in ("bash-completion/completions/pvrctl", "zsh/vendor-completions/_pvrctl",
                                "fish/vendor_completions.d/pvrctl.fish")}
     for name in "dlog", "system_info", "ca_service":
-        files[f"{lib}/libpvr-host-{name}.so.1"] = f"libpvr-host-{name}.so.1.0"
-        files[f"{lib}/libpvr-host-{name}.so.1.0"] = None
+        files[f"{lib}/pvr-service-api/libpvr-host-{name}.so.1"] = f"libpvr-host-{name}.so.1.0"
+        files[f"{lib}/pvr-service-api/libpvr-host-{name}.so.1.0"] = None
     return files
 
 
@@ -89,6 +96,21 @@ class Install(unittest.TestCase):
     def test_every_file_is_there_and_no_other(self):
         self.assertEqual(found(self.prefix), expected())
 
+    def test_every_file_belongs_to_one_component(self):
+        together = []
+        for component in COMPONENTS:
+            run(OPTIONS.cmake, "--install", OPTIONS.build, "--component", component, "--prefix",
+                self.folder / component, DESTDIR="")
+            together += found(self.folder / component)
+        self.assertEqual(sorted(together), sorted(expected()))
+
+    def test_the_programs_find_one_another_and_the_library(self):
+        if not OPTIONS.bindir:
+            self.skipTest("this build has no programs")
+        status = run(self.prefix / OPTIONS.bindir / "pvr-sandbox", "--", "pvrctl", "--json", "status",
+                     LD_LIBRARY_PATH="")
+        self.assertTrue(json.loads(status)["records"])
+
     def test_a_staged_and_stripped_install_has_the_same_files(self):
         stage = self.folder / "stage"
         run(OPTIONS.cmake, "--install", OPTIONS.build, "--prefix", "/opt/pvr", "--strip", DESTDIR=str(stage))
@@ -124,9 +146,9 @@ class Install(unittest.TestCase):
     def test_the_library_has_its_soname(self):
         self.assertIn(f"Library soname: [{LIBRARY}.1]", self.dynamic)
 
-    def test_the_library_looks_for_the_stand_ins_beside_itself(self):
+    def test_the_library_looks_for_the_stand_ins_in_a_folder_beside_itself(self):
         paths = re.findall(r"\((?:RUNPATH|RPATH)\).*\[(.*)\]", self.dynamic)
-        self.assertEqual(paths, ["$ORIGIN"])
+        self.assertEqual(paths, ["$ORIGIN/pvr-service-api"])
 
     def test_pkg_config_knows_the_version_and_stays_within_the_prefix(self):
         self.assertEqual(self.pkg_config("--modversion"), "10.8.1")
@@ -173,6 +195,7 @@ if __name__ == "__main__":
     parser = argparse.ArgumentParser()
     for option in ("cmake", "generator", "source", "build", "cc", "cxx", "libdir", "includedir", "datadir"):
         parser.add_argument("--" + option, required=True)
-    parser.add_argument("--mandir")
+    for option in "bindir", "mandir":  # of a build that has programs
+        parser.add_argument("--" + option)
     _, rest = parser.parse_known_args(namespace=OPTIONS)
     unittest.main(argv=sys.argv[:1] + rest, verbosity=2)
