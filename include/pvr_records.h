@@ -1,7 +1,8 @@
 /**
  * @file pvr_records.h
  * The packed records of the recording service: the same bytes in memory, on the wire and on disk.
- * Numbers are little-endian. Members named opaque_N (N: the offset) are the service's own; they
+ * Numbers are little-endian on every machine: a program of a big-endian one turns them, with le32toh() and htole32()
+ * for instance. Members named opaque_N (N: the offset) are the service's own; they
  * are carried unchanged and never read.
  *
  * Members are unaligned: read and write them by value, never through a pointer or a reference to one.

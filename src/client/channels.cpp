@@ -1,4 +1,5 @@
 // Channels: what is on them, of which kind they are, and which ones are watched.
+#include "client/byte_order.h"
 #include "client/call.h"
 
 #include <cinttypes>
@@ -47,25 +48,25 @@ void store_channel_info(Here here, const OwnedVariant &array, channel_info &info
     const auto major = reader.next<int>();
     if (!major)
         return;
-    info.major = *major;
+    info.major = little_endian(*major);
     PLAIN_INFO_AT(here, "major [%d]\n", *major);
 
     const auto minor = reader.next<int>();
     if (!minor)
         return;
-    info.minor = *minor;
+    info.minor = little_endian(*minor);
     PLAIN_INFO_AT(here, "minor [%d]\n", *minor);
 
     const auto start_time = reader.next<std::uint32_t>();
     if (!start_time)
         return;
-    info.start_time = *start_time;
+    info.start_time = little_endian(*start_time);
     PLAIN_INFO_AT(here, "start time [%ld]\n", static_cast<long>(*start_time));
 
     const auto end_time = reader.next<std::uint32_t>();
     if (!end_time)
         return;
-    info.end_time = *end_time;
+    info.end_time = little_endian(*end_time);
     PLAIN_INFO_AT(here, "end time [%ld]\n", static_cast<long>(*end_time));
 
     const auto channel_name = reader.next<const char *>();

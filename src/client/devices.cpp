@@ -1,4 +1,5 @@
 // Storage devices.
+#include "client/byte_order.h"
 #include "client/call.h"
 
 using namespace pvr;
@@ -28,7 +29,8 @@ int svc_pvr_get_device_info(int dev_handle, device_info *info) noexcept
                "avail_size[%lld]\n",
                device_type, file_format, device_name, product_name, mnt_path, static_cast<long long>(total_size),
                static_cast<long long>(avail_size));
-    device_info record{device_type, file_format, {}, {}, {}, total_size, avail_size};
+    device_info record{little_endian(device_type), little_endian(file_format), {}, {}, {},
+                       little_endian(total_size),  little_endian(avail_size)};
     copy_field(record.device_name, device_name);
     copy_field(record.product_name, product_name);
     copy_field(record.mnt_path, mnt_path);
@@ -173,7 +175,7 @@ int svc_pvr_get_rec_dev_capacity(int dev_handle, rec_dev_capacity *capacity) noe
     std::int64_t total_size = 0;
     auto answer = call.remote(wire::get_rec_dev_capacity, &available_size, &total_size);
     if (answer)
-        write_out(capacity, rec_dev_capacity{available_size, total_size});
+        write_out(capacity, rec_dev_capacity{little_endian(available_size), little_endian(total_size)});
     return answer.transport_rule();
 }
 

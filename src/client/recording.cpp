@@ -1,4 +1,5 @@
 // Recording and timeshift: start, stop, durations, flags, and what a change of channel would do to them.
+#include "client/byte_order.h"
 #include "client/call.h"
 
 #include <cinttypes>
@@ -207,7 +208,8 @@ int svc_pvr_get_remaining_time(int type, int *remaining) noexcept
     svc_pvr_get_default_rec_device(&dev_handle);
     device_info device{};
     svc_pvr_get_device_info(dev_handle, &device);
-    const auto available = static_cast<std::int64_t>(static_cast<std::uint64_t>(device.avail_size) << 20);
+    const auto available =
+        static_cast<std::int64_t>(static_cast<std::uint64_t>(little_endian(device.avail_size)) << 20);
     write_out(remaining, static_cast<int>(available / bytes_per_second[type == 1 ? 1 : 0]));
     return PS_SUCCESS;
 }

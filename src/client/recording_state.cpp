@@ -1,4 +1,5 @@
 // What is being recorded, the flags that steer recording, and what a change of channel or source would do.
+#include "client/byte_order.h"
 #include "client/call.h"
 #include "events/names.h"
 
@@ -76,11 +77,11 @@ int svc_pvr_get_recording_info(int dev_handle, pvr_recording_info *info) noexcep
     pvr_recording_info record{};
     gint32 values[3] = {};
     g_variant_get(recording.get(), "(tiii)", &words, &values[0], &values[1], &values[2]);
-    record.low_word = static_cast<std::uint32_t>(words);
-    record.high_word = static_cast<std::uint32_t>(words >> 32);
-    record.opaque_8 = values[0];
-    record.opaque_12 = values[1];
-    record.opaque_16 = values[2];
+    record.low_word = little_endian(static_cast<std::uint32_t>(words));
+    record.high_word = little_endian(static_cast<std::uint32_t>(words >> 32));
+    record.opaque_8 = little_endian(values[0]);
+    record.opaque_12 = little_endian(values[1]);
+    record.opaque_16 = little_endian(values[2]);
     *info = record;
     return answer.transport_rule();
 }

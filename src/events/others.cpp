@@ -1,5 +1,6 @@
 #include "events/others.h"
 
+#include "client/byte_order.h"
 #include "events/browser_queue.h"
 #include "events/callbacks.h"
 #include "events/names.h"
@@ -20,7 +21,14 @@ const char *name_of_command(int command) noexcept { return _get_pvr_macro_name(p
 
 void call(const OthersRegistration &others, const pvr_result_third &third) noexcept
 {
-    others.function(third, others.user_data);
+    pvr_result_third record = third;
+    record.third_part_method = little_endian(record.third_part_method);
+    record.third_part_command = little_endian(record.third_part_command);
+    record.result = little_endian(record.result);
+    record.service_result = little_endian(record.service_result);
+    record.service_id = little_endian(record.service_id);
+    record.UID = little_endian(record.UID);
+    others.function(record, others.user_data);
 }
 
 void tell_of_playback(Here here, const OthersRegistration &others, const ResultNews &news) noexcept

@@ -1,5 +1,6 @@
 #include "events/result_path.h"
 
+#include "client/byte_order.h"
 #include "client/outputs.h"
 #include "client/owned.h"
 #include "events/callbacks.h"
@@ -141,15 +142,28 @@ void log_delivery(Here here, AppLine line, const ResultNews &news) noexcept
     }
 }
 
+pvr_service_result as_record(const ResultNews &news) noexcept
+{
+    pvr_service_result record = news.result;
+    record.method = little_endian(record.method);
+    record.result = little_endian(record.result);
+    record.handle = little_endian(record.handle);
+    record.detail_result = little_endian(record.detail_result);
+    record.duration = little_endian(record.duration);
+    record.service_id = little_endian(record.service_id);
+    record.current_state = little_endian(record.current_state);
+    return record;
+}
+
 void deliver_to_app(Here here, AppLine line, const ResultNews &news) noexcept
 {
     if (const auto [function, user_data] = to_pvr_app.get(); function != nullptr) {
         log_delivery(here, line, news);
-        function(news.result, user_data);
+        function(as_record(news), user_data);
     }
     if (const auto [function, user_data] = to_pvr_app_point.get(); function != nullptr) {
         log_delivery(here, line, news);
-        pvr_service_result copy = news.result;
+        pvr_service_result copy = as_record(news);
         function(&copy, user_data);
     }
 }

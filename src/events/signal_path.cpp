@@ -1,5 +1,6 @@
 #include "events/signal_path.h"
 
+#include "client/byte_order.h"
 #include "client/log.h"
 #include "client/outputs.h"
 #include "client/owned.h"
@@ -55,8 +56,9 @@ void log_record(Here here, int type, const pvr_service_signal &record) noexcept
     uri[copy_bytes(uri, record.uri, sizeof record.uri)] = '\0';
     PLAIN_INFO_AT(here,
                   "signal_type[%s|%d] result[%d] handle[%d] profile_type[%d] screen_id[%d] uri[%s] current_state[%s]\n",
-                  _get_pvr_macro_name(ps_signal_type_e_str, type), type, int{record.result}, int{record.handle},
-                  int{record.profile_type}, int{record.screen_id}, uri, state_name(type, record.current_state));
+                  _get_pvr_macro_name(ps_signal_type_e_str, type), type, int{little_endian(record.result)},
+                  int{little_endian(record.handle)}, int{little_endian(record.profile_type)},
+                  int{little_endian(record.screen_id)}, uri, state_name(type, little_endian(record.current_state)));
 }
 
 void deliver(Here here, const pvr_service_signal &record) noexcept

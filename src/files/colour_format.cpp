@@ -1,4 +1,5 @@
 // The colour-format file beside a recording: how its thumbnail is coded, and how large it is.
+#include "client/byte_order.h"
 #include "client/call.h"
 #include "files/locked_file.h"
 #include "files/paths.h"
@@ -25,7 +26,8 @@ int svc_pvr_get_yuv_info(const char *uri, yuv_info *yuv_info) noexcept
         return Call::refused(FAILURE(", open cft file[%s] failed with error:%d\n", path.c_str(), error));
     if (file.read(yuv_info, sizeof *yuv_info, 0) != sizeof *yuv_info)
         return Call::refused(FAILURE(", fread cft file[%s] failed\n", path.c_str()));
-    INFO(" uri[%s] result[%d] color_format[%d] height[%d] width[%d]\n", uri, PS_SUCCESS, int{yuv_info->color_format},
-         int{yuv_info->height}, int{yuv_info->width});
+    INFO(" uri[%s] result[%d] color_format[%d] height[%d] width[%d]\n", uri, PS_SUCCESS,
+         int{little_endian(yuv_info->color_format)}, int{little_endian(yuv_info->height)},
+         int{little_endian(yuv_info->width)});
     return PS_SUCCESS;
 }

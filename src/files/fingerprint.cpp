@@ -41,8 +41,10 @@ Opened open_locked(Open open, LockedFile &file, FingerprintHeader &header) noexc
         if (!file || !file.lock())
             return Opened::not_at_all;
         const std::size_t size = file.read(&header, sizeof header, 0);
-        if (size == sizeof header)
+        if (size == sizeof header) {
+            turn_little_endian(header);
             return Opened::whole;
+        }
         const auto now = std::chrono::steady_clock::now();
         if (!deadline)
             deadline = now + 1s;
@@ -64,6 +66,7 @@ int write_first(LockedFile file, std::int64_t time, int size, const void *block)
     header.recTime[0] = time;
     header.bufSize[0] = static_cast<std::uint32_t>(size);
     header.offset[0] = sizeof header;
+    turn_little_endian(header);
 
     const std::size_t arrived = file.write(&header, sizeof header, block, static_cast<std::size_t>(size));
     if (arrived < sizeof header)
@@ -102,6 +105,7 @@ int append(const char *path, std::int64_t time, int size, const void *block) noe
     PLAIN_INFO("recTime: %lld, bufSize: %d, offset: %d\n", static_cast<long long>(time), size,
                static_cast<int>(header.offset[next]));
 
+    turn_little_endian(header);
     if (file.seek_to_begin() != 0 || file.write(&header, sizeof header) != sizeof header)
         return refused(PLAIN_FAILURE("write header data error\n"));
     if (file.seek_to_end() != 0 ||

@@ -1,6 +1,8 @@
 // The layout of the fingerprint file's header. The blocks follow it; numbers are little-endian.
 #pragma once
 
+#include "client/byte_order.h"
+
 #include <cstddef>
 #include <cstdint>
 
@@ -20,5 +22,17 @@ static_assert(offsetof(FingerprintHeader, recTime) == 8);
 static_assert(offsetof(FingerprintHeader, bufSize) == 2408);
 static_assert(offsetof(FingerprintHeader, offset) == 3608);
 static_assert(sizeof(FingerprintHeader) == 4808);
+
+/// From the order of the file to that of this machine, and back again.
+constexpr void turn_little_endian(FingerprintHeader &header) noexcept
+{
+    header.version = little_endian(header.version);
+    header.count = little_endian(header.count);
+    for (int i = 0; i < most_fingerprints; ++i) {
+        header.recTime[i] = little_endian(header.recTime[i]);
+        header.bufSize[i] = little_endian(header.bufSize[i]);
+        header.offset[i] = little_endian(header.offset[i]);
+    }
+}
 
 } // namespace pvr

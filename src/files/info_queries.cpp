@@ -1,8 +1,11 @@
 // Small questions about a recording, answered from the files beside it.
+#include "client/byte_order.h"
 #include "client/outputs.h"
 #include "client/session.h"
 #include "client/support.h"
 #include "pvr_service_api.h"
+
+#include <cstdint>
 
 using namespace pvr;
 
@@ -12,10 +15,11 @@ int svc_pvr_is_audio_only(const char *file_path, int *is_audio_only) noexcept
         return refusal;
     pvr_file_info_s info{};
     const int result = svc_pvr_get_pvr_file_info(file_path, &info);
-    INFO(" [ret:%d][info.thumbnail_type:%d]\n", result, static_cast<int>(info.nThumbnailType));
-    if (result != PS_SUCCESS || is_audio_only == nullptr || info.nThumbnailType > 1)
+    const std::uint32_t thumbnail_type = little_endian(info.nThumbnailType);
+    INFO(" [ret:%d][info.thumbnail_type:%d]\n", result, static_cast<int>(thumbnail_type));
+    if (result != PS_SUCCESS || is_audio_only == nullptr || thumbnail_type > 1)
         return PS_CALL_METHOD_FAILED;
-    *is_audio_only = static_cast<int>(info.nThumbnailType);
+    *is_audio_only = static_cast<int>(thumbnail_type);
     return PS_SUCCESS;
 }
 

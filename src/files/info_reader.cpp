@@ -1,5 +1,6 @@
 #include "files/info_reader.h"
 
+#include "client/byte_order.h"
 #include "client/call.h"
 #include "client/session.h"
 #include "client/support.h"
@@ -101,8 +102,8 @@ void repair(pvr_file_info_s &info, const char *recording) noexcept
     if (is_recording != 0)
         return;
     PLAIN_FAILURE("the recorded file has some exception!!!\n");
-    info.record_complete = 1;
-    info.incomplete_reason = cut_off;
+    info.record_complete = little_endian(std::uint16_t{1});
+    info.incomplete_reason = little_endian(cut_off);
 }
 
 void log_record(Here here, const pvr_file_info_s &info) noexcept
@@ -111,17 +112,21 @@ void log_record(Here here, const pvr_file_info_s &info) noexcept
     PLAIN_INFO_AT(here,
                   "inf file info 01: channel_num[%.256s] channel_name[%.256s] channel_type[%u], major[%u] minor[%u] "
                   "program_num[%u] programe_title[%.256s], duration[%lu] resume_play_pos[%lu] start_time[%lu]\n",
-                  info.channel_num, info.channel_name, unsigned{info.channel_type}, unsigned{info.major},
-                  unsigned{info.minor}, unsigned{info.program_num}, info.programe_title,
-                  static_cast<unsigned long>(info.duration), static_cast<unsigned long>(info.resume_play_pos),
-                  static_cast<unsigned long>(info.start_time));
+                  info.channel_num, info.channel_name, unsigned{little_endian(info.channel_type)},
+                  unsigned{little_endian(info.major)}, unsigned{little_endian(info.minor)},
+                  unsigned{little_endian(info.program_num)}, info.programe_title,
+                  static_cast<unsigned long>(little_endian(info.duration)),
+                  static_cast<unsigned long>(little_endian(info.resume_play_pos)),
+                  static_cast<unsigned long>(little_endian(info.start_time)));
     PLAIN_INFO_AT(here,
                   "inf file info 02: video_pid[%d] audio_pid[%d] PCR_pid[%d] video_type[%d] audio_type[%d], "
                   "flag_HD[%u] rating[%u] flag_TTX[%u] repeat_type[%u] record_complete[%u] incomplete_reason[%u]\n",
-                  static_cast<int>(info.video_pid), static_cast<int>(info.audio_pid), static_cast<int>(info.PCR_pid),
-                  static_cast<int>(info.video_type), static_cast<int>(info.audio_type), info.flag_HD & 0xffffU,
-                  unsigned{info.rating}, info.flag_TTX & 0xffffU, unsigned{info.repeat_type},
-                  unsigned{info.record_complete}, unsigned{info.incomplete_reason});
+                  static_cast<int>(little_endian(info.video_pid)), static_cast<int>(little_endian(info.audio_pid)),
+                  static_cast<int>(little_endian(info.PCR_pid)), static_cast<int>(little_endian(info.video_type)),
+                  static_cast<int>(little_endian(info.audio_type)), little_endian(info.flag_HD) & 0xffffU,
+                  unsigned{little_endian(info.rating)}, little_endian(info.flag_TTX) & 0xffffU,
+                  unsigned{little_endian(info.repeat_type)}, unsigned{little_endian(info.record_complete)},
+                  unsigned{little_endian(info.incomplete_reason)});
     for (std::size_t line = 0; line < 7; ++line) {
         unsigned char bytes[6];
         std::memcpy(bytes, info.programe_title + 6 * line, sizeof bytes);
@@ -213,7 +218,8 @@ int pvr::_svc_pvr_get_pvr_file_info_vexan(const char *file_path, pvr_file_info_s
         return Call::refused(PLAIN_FAILURE("error file or old info file\n"));
     PLAIN_INFO("duration [%ld], rating [%d], start time [%ld], program title [%.256s], major [%d], minor [%d] "
                "content_version[%d]\n",
-               static_cast<long>(info->duration), int{info->rating}, static_cast<long>(info->start_time),
-               info->programe_title, int{info->major}, int{info->minor}, int{info->content_version});
+               static_cast<long>(little_endian(info->duration)), int{little_endian(info->rating)},
+               static_cast<long>(little_endian(info->start_time)), info->programe_title,
+               int{little_endian(info->major)}, int{little_endian(info->minor)}, int{info->content_version});
     return PS_SUCCESS;
 }

@@ -1,5 +1,6 @@
 // Writing recording-info files. The generation that is on disk stays: a current file is replaced, an older one keeps
 // everything but the position at which playback was left.
+#include "client/byte_order.h"
 #include "client/call.h"
 #include "files/locked_file.h"
 #include "files/older_generations.h"
@@ -51,8 +52,9 @@ int write_older(LockedFile file, bool is_locked, long size, const char *path, co
     if (!is_whole)
         return PS_CALL_METHOD_FAILED;
 
-    const std::uint32_t seconds = info.resume_play_pos / 1000;
-    std::memcpy(image + older_resume_position, &seconds, sizeof seconds);
+    const std::uint32_t seconds = little_endian(info.resume_play_pos) / 1000;
+    const std::uint32_t in_file = little_endian(seconds);
+    std::memcpy(image + older_resume_position, &in_file, sizeof in_file);
     PLAIN_INFO("set ulResumePlayTime is %lu\n", static_cast<unsigned long>(seconds));
 
     if (!is_writable)
@@ -83,7 +85,7 @@ int write_current(LockedFile file, bool is_locked, long size, const char *path, 
     if (const int code = file.seek_to_begin(); code != 0)
         return Call::refused(PLAIN_FAILURE("fseek failed, retn code[%d]\n", code));
 
-    info.version = layout_version;
+    info.version = little_endian(layout_version);
     if (!replace_content(file, size, &info, sizeof info) || !file.close())
         return refuse_write(path);
     PLAIN_INFO("write inf file success, the path is [%s]\n", path);

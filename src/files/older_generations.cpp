@@ -1,5 +1,6 @@
 #include "files/older_generations.h"
 
+#include "client/byte_order.h"
 #include "client/log.h"
 #include "client/outputs.h"
 #include "client/owned.h"
@@ -129,7 +130,7 @@ void copy_rows(pvr_file_info_s &info, const unsigned char *image, const Rows &ro
         if (row.how == seconds_to_ms) {
             std::uint32_t number = 0;
             std::memcpy(&number, record + row.to, sizeof number);
-            number *= 1000;
+            number = little_endian(little_endian(number) * 1000);
             std::memcpy(record + row.to, &number, sizeof number);
         }
     }
@@ -179,6 +180,7 @@ void convert_title(Here here, pvr_file_info_s &info, const unsigned char *image)
     constexpr std::size_t title = 792;
     OlderText units{};
     std::memcpy(units.data(), image + title, sizeof units);
+    std::transform(units.begin(), units.end(), units.begin(), little_endian<unsigned short>);
 
     const int length = length_of(units);
     if (is_too_long(length)) {
@@ -194,15 +196,15 @@ unsigned long number_at(const unsigned char *image, std::size_t offset) noexcept
 {
     std::uint32_t number = 0;
     std::memcpy(&number, image + offset, sizeof number);
-    return number;
+    return little_endian(number);
 }
 
 /// All but what one of the two has at its end. The lines name the converter.
 void convert_common(Here here, pvr_file_info_s &info, const unsigned char *image,
                     const OlderGeneration &generation) noexcept
 {
-    info.version = layout_version;
-    PLAIN_INFO_AT(here, "VERSION = %d\n", int{info.version});
+    info.version = little_endian(layout_version);
+    PLAIN_INFO_AT(here, "VERSION = %d\n", int{layout_version});
     convert_channel_name(here, info, image);
     copy_rows(info, image, common_rows);
     PLAIN_INFO_AT(here, "channel_num = %.256s\n", info.channel_num);
@@ -214,7 +216,7 @@ void convert_common(Here here, pvr_file_info_s &info, const unsigned char *image
                   number_at(image, older_resume_position));
     PLAIN_INFO_AT(here, "pvr_info_%s->nThumbnailType is %d\n", generation.lower_case_name,
                   static_cast<int>(number_at(image, 784)));
-    info.record_complete = 1;
+    info.record_complete = little_endian(std::uint16_t{1});
     PLAIN_INFO_AT(here, "pvr_info->record_complete = 1\n");
 }
 

@@ -3,7 +3,6 @@
 
 #include "pvr_records.h"
 
-#include <bit>
 #include <cstddef>
 #include <iterator>
 
@@ -101,8 +100,5 @@ static_assert(sound());
 } // namespace detail
 
 using detail::record_fields;
-
-// The record is on disk as it is in memory.
-static_assert(std::endian::native == std::endian::little);
 
 } // namespace pvr

@@ -69,6 +69,21 @@ def needed_libraries(library):
     return re.findall(r"\(NEEDED\).*\[(.*)\]", run("readelf", "-d", library).stdout)
 
 
+def newest_version(library, family):
+    """Of the symbols that the library imports, as 'GLIBC_2.34'."""
+    versions = re.findall(rf"Name: {family}_(\d[\d.]*)", run("readelf", "--version-info", "--wide", library).stdout)
+    return f"{family}_" + max(versions, key=lambda version: [int(part) for part in version.split(".")])
+
+
+def newest_glib(symbols):
+    """The GLib that first had all of these symbols, as its headers tell."""
+    folder = pathlib.Path(run("pkg-config", "--variable=includedir", "glib-2.0").stdout.strip(), "glib-2.0")
+    text = "\n".join(path.read_text(encoding="utf-8") for path in folder.rglob("*.h"))
+    since = {name: int(minor) for minor, name in
+             re.findall(r"\w+_AVAILABLE_IN_2_(\d+)\b[^;{]*?\b(\w+)\s*\(", text)}
+    return "GLib 2." + str(max(since.get(symbol, 0) for symbol in symbols))
+
+
 def committed(path):
     return [line for line in path.read_text(encoding="utf-8").splitlines() if not line.startswith("#")]
 
@@ -108,6 +123,13 @@ class Device(unittest.TestCase):
         sonames = {soname for _, soname in PLATFORM.values()}
         self.assertEqual(sonames - set(needed_libraries(self.library)), set())
         self.assertFalse([name for name in needed_libraries(self.library) if "pvr-host" in name])
+
+    def test_imports_nothing_newer_than_the_page_for_integrators_tells(self):
+        page = pathlib.Path(OPTIONS.source, "docs/integrating.md").read_text(encoding="utf-8")
+        found = [newest_version(self.library, family) for family in ("GLIBC", "GLIBCXX", "CXXABI")]
+        found.append(newest_glib(undefined_symbols(self.library)))
+        told = re.search(r"^\| imported, at the newest \|.*$", page, re.MULTILINE)[0]
+        self.assertEqual(sorted(re.findall(r"GLib 2\.\d+|[A-Z]+_[\d.]+", told)), sorted(found))
 
     def test_builds_no_stand_ins(self):
         self.assertEqual(list(self.work.glob("build/**/libpvr-host-*")), [])

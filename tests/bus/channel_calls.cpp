@@ -1,5 +1,6 @@
 #include "bus/row_shapes.h"
 #include "pvr_service_api.h"
+#include "support/little_endian.h"
 
 #include <cstring>
 #include <gtest/gtest.h>
@@ -16,7 +17,8 @@ const std::string wide_argument = "(uint64 " + wide_id_text + ",)";
 
 std::ostream &operator<<(std::ostream &out, const channel_info &info)
 {
-    return out << info.major << "|" << info.minor << "|" << info.start_time << "|" << info.end_time << "|"
+    return out << as_little_endian(info.major) << "|" << as_little_endian(info.minor) << "|"
+               << as_little_endian(info.start_time) << "|" << as_little_endian(info.end_time) << "|"
                << text_of(info.channel_name, sizeof info.channel_name) << "|"
                << text_of(info.program_title, sizeof info.program_title);
 }

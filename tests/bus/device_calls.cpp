@@ -1,5 +1,6 @@
 #include "bus/row_shapes.h"
 #include "pvr_service_api.h"
+#include "support/little_endian.h"
 
 #include <cstring>
 #include <gtest/gtest.h>
@@ -13,8 +14,9 @@ namespace {
 
 std::ostream &operator<<(std::ostream &out, const device_info &info)
 {
-    return out << info.device_type << "|" << info.file_format << "|" << info.device_name << "|" << info.product_name
-               << "|" << info.mnt_path << "|" << info.total_size << "|" << info.avail_size;
+    return out << as_little_endian(info.device_type) << "|" << as_little_endian(info.file_format) << "|"
+               << info.device_name << "|" << info.product_name << "|" << info.mnt_path << "|"
+               << as_little_endian(info.total_size) << "|" << as_little_endian(info.avail_size);
 }
 
 std::string device_line(const std::string &name)
@@ -39,7 +41,7 @@ const RemoteCall get_device_info{
     .call =
         [](std::ostream &outputs) {
             device_info info{};
-            info.device_type = -77;
+            info.device_type = as_little_endian(-77);
             const int returned = svc_pvr_get_device_info(9, &info);
             outputs << info;
             return returned;
@@ -77,9 +79,9 @@ const RemoteCall get_rec_dev_capacity{
     .name = "svc_pvr_get_rec_dev_capacity",
     .call =
         [](std::ostream &outputs) {
-            rec_dev_capacity capacity{-77, -78};
+            rec_dev_capacity capacity{as_little_endian(std::int64_t{-77}), as_little_endian(std::int64_t{-78})};
             const int returned = svc_pvr_get_rec_dev_capacity(9, &capacity);
-            outputs << capacity.available_size << "|" << capacity.total_size;
+            outputs << as_little_endian(capacity.available_size) << "|" << as_little_endian(capacity.total_size);
             return returned;
         },
     .untouched = "-77|-78",

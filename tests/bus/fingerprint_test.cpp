@@ -56,6 +56,7 @@ protected:
     {
         FingerprintHeader header;
         std::memcpy(&header, content_of(sas).data(), sizeof header);
+        turn_little_endian(header);
         return header;
     }
 
@@ -91,6 +92,7 @@ TEST_F(Fingerprint, OfAFirstBlockMakesTheFile)
     expected.recTime[0] = time;
     expected.bufSize[0] = 5;
     expected.offset[0] = header_size;
+    turn_little_endian(expected);
     EXPECT_TRUE(content_of(sas) == std::string(reinterpret_cast<const char *>(&expected), header_size) + "block");
     EXPECT_EQ(read(time), "block");
 }

@@ -1,6 +1,7 @@
 // An unfinished recording is complete or not by what the service says about it.
 #include "pvr_service_api.h"
 #include "support/files.h"
+#include "support/little_endian.h"
 #include "support/log_capture.h"
 #include "support/scripted_service.h"
 #include "support/temporary_folder.h"
@@ -29,8 +30,8 @@ protected:
         logged();
         const std::string before = content_of(inf);
         ASSERT_EQ(svc_pvr_get_pvr_file_info(recording.c_str(), &info), 0);
-        EXPECT_EQ(int{info.record_complete}, record_complete);
-        EXPECT_EQ(int{info.incomplete_reason}, incomplete_reason);
+        EXPECT_EQ(int{as_little_endian(info.record_complete)}, record_complete);
+        EXPECT_EQ(int{as_little_endian(info.incomplete_reason)}, incomplete_reason);
         EXPECT_TRUE(content_of(inf) == before) << "the file stays as it is";
         const Lines lines = logged_lines();
         EXPECT_EQ(std::count(lines.begin(), lines.end(), plain_entry("the recorded file has some exception!!!")),
@@ -81,7 +82,7 @@ TEST_F(InfoRepair, DoesNotAskAboutAFinishedRecording)
 {
     std::filesystem::copy_file(golden + "vexan-television.inf", inf, std::filesystem::copy_options::overwrite_existing);
     EXPECT_EQ(svc_pvr_get_pvr_file_info(recording.c_str(), &info), 0);
-    EXPECT_EQ(int{info.record_complete}, 1);
+    EXPECT_EQ(int{as_little_endian(info.record_complete)}, 1);
     std::filesystem::copy_file(golden + "selk-television.inf", inf, std::filesystem::copy_options::overwrite_existing);
     EXPECT_EQ(svc_pvr_get_pvr_file_info(recording.c_str(), &info), 0);
     EXPECT_EQ(service.requests(), std::vector<Request>());
@@ -110,7 +111,7 @@ TEST_F(InfoRepair, HoldsUpNobodyElseWhileItAsks)
     service.script("is_recording_file", stays_silent());
     std::thread asker([this] {
         EXPECT_EQ(svc_pvr_get_pvr_file_info(recording.c_str(), &info), 0);
-        EXPECT_EQ(int{info.incomplete_reason}, 5);
+        EXPECT_EQ(int{as_little_endian(info.incomplete_reason)}, 5);
     });
     service.wait_for_request();
     std::filesystem::copy(golden + "vexan-television.inf", folder / "b.inf");

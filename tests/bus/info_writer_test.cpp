@@ -2,6 +2,7 @@
 #include "files/locked_file.h"
 #include "pvr_service_api.h"
 #include "support/files.h"
+#include "support/little_endian.h"
 #include "support/log_capture.h"
 #include "support/platform.h"
 #include "support/scripted_service.h"
@@ -131,12 +132,12 @@ TEST_F(InfoWriter, ReplacesACurrentFile)
 {
     for (const std::size_t size : {record_size, std::size_t{1}, std::size_t{20000}}) {
         write_file(inf, std::string(size, 'x'));
-        info.version = 7;
+        info.version = as_little_endian(std::uint16_t{7});
         service.requests();
         EXPECT_EQ(write(recording), 0);
         EXPECT_EQ(logged_lines(), joined(joined(beginning(std::to_string(size)), probed()), {opened, written}));
         EXPECT_EQ(service.requests(), std::vector{request("set_pvr_file_info", "ssi", "('" + inf + "', '', 1)")});
-        EXPECT_EQ(int{info.version}, 20);
+        EXPECT_EQ(int{as_little_endian(info.version)}, 20);
         EXPECT_TRUE(content_of(inf) == record()) << size;
         EXPECT_EQ(folder.names(), Lines{"a.inf"});
     }
@@ -153,8 +154,8 @@ TEST_F(InfoWriter, SetsNothingButTheResumePositionOfAnOlderFile)
                            Row{"selk-pattern.inf", "Selk", 12044}}) {
         const std::string before = content_of(golden + row.file);
         write_file(inf, before);
-        info.version = 7;
-        info.resume_play_pos = 1999;
+        info.version = as_little_endian(std::uint16_t{7});
+        info.resume_play_pos = as_little_endian(1999U);
         EXPECT_EQ(write(recording), 0);
         const std::string size = std::to_string(before.size());
         EXPECT_EQ(logged_lines(),
@@ -164,7 +165,7 @@ TEST_F(InfoWriter, SetsNothingButTheResumePositionOfAnOlderFile)
         std::string expected = before.substr(0, row.size);
         expected.replace(788, 4, std::string("\1\0\0\0", 4));
         EXPECT_TRUE(content_of(inf) == expected) << row.file;
-        EXPECT_EQ(int{info.version}, 7) << "the caller's record is not changed";
+        EXPECT_EQ(int{as_little_endian(info.version)}, 7) << "the caller's record is not changed";
     }
 }
 
@@ -211,12 +212,12 @@ TEST_F(InfoWriter, SucceedsWhereNoFileCanBeMade)
 {
     write_file(inf, "x");
     ASSERT_EQ(mkdir((folder / "a.tmp").c_str(), 0700), 0);
-    info.version = 7;
+    info.version = as_little_endian(std::uint16_t{7});
     EXPECT_EQ(write(recording), 0);
     EXPECT_EQ(logged_lines(), joined(beginning("1"), {plain_info("write to Vexan info file!"),
                                                       plain_entry("We can't create file in recording device path")}));
     EXPECT_EQ(content_of(inf), "x");
-    EXPECT_EQ(int{info.version}, 7);
+    EXPECT_EQ(int{as_little_endian(info.version)}, 7);
 }
 
 TEST_F(InfoWriter, SparesTheTimeshiftThatItWritesAbout)
@@ -261,7 +262,7 @@ TEST_F(InfoWriter, FailsWithAnOlderFileThatItMayNotWriteOnceItHasReadIt)
     const std::string before = content_of(golden + "selk-pattern.inf");
     write_file(inf, before);
     be_nobody();
-    info.resume_play_pos = 5000;
+    info.resume_play_pos = as_little_endian(5000U);
     EXPECT_EQ(write(recording), PS_CALL_METHOD_FAILED);
     EXPECT_EQ(logged_lines(), joined(beginning("12044"), {plain_info("write to Selk inf file!"),
                                                           plain_info("fread file return [result:1], file size [12044]"),
@@ -305,7 +306,7 @@ TEST_F(InfoWriter, KeepsTheGenerationThatTheFileHasUnderItsLock)
     write_file(inf, "x");
     const std::string older = content_of(golden + "ardel-pattern.inf");
     when_logged("write_inf_file", [&] { write_file(inf, older); });
-    info.resume_play_pos = 3000;
+    info.resume_play_pos = as_little_endian(3000U);
     EXPECT_EQ(write(recording), 0);
     std::string expected = older;
     expected.replace(788, 4, std::string("\3\0\0\0", 4));

@@ -1,6 +1,7 @@
 #include "bus/news.h"
 
 #include "bus/main_context.h"
+#include "support/little_endian.h"
 
 #include <cstring>
 #include <sstream>
@@ -41,25 +42,25 @@ private:
 void tell_result(const std::string &who, const pvr_service_result &result, const void *name)
 {
     Words(who)
-        .add("method", int{result.method})
-        .add("result", int{result.result})
-        .add("handle", int{result.handle})
+        .add("method", int{as_little_endian(result.method)})
+        .add("result", int{as_little_endian(result.result)})
+        .add("handle", int{as_little_endian(result.handle)})
         .add("mnt_path", std::string(result.mnt_path))
-        .add("detail_result", int{result.detail_result})
-        .add("duration", int{result.duration})
-        .add("service_id", std::uint64_t{result.service_id})
-        .add("current_state", int{result.current_state})
+        .add("detail_result", int{as_little_endian(result.detail_result)})
+        .add("duration", int{as_little_endian(result.duration)})
+        .add("service_id", std::uint64_t{as_little_endian(result.service_id)})
+        .add("current_state", int{as_little_endian(result.current_state)})
         .tell(name);
 }
 
 void tell_signal(const std::string &who, const pvr_service_signal &signal, const void *name)
 {
     Words(who)
-        .add("result", int{signal.result})
-        .add("handle", int{signal.handle})
+        .add("result", int{as_little_endian(signal.result)})
+        .add("handle", int{as_little_endian(signal.handle)})
         .add("uri", std::string(signal.uri, strnlen(signal.uri, sizeof signal.uri)))
-        .add("current_state", int{signal.current_state})
-        .add("last", int{signal.opaque_287})
+        .add("current_state", int{as_little_endian(signal.current_state)})
+        .add("last", int{as_little_endian(signal.opaque_287)})
         .tell(name);
 }
 
@@ -88,12 +89,12 @@ void on_signal_pointer(pvr_service_signal *signal, void *name) { tell_signal("po
 void on_third(pvr_result_third third, void *name)
 {
     Words("third")
-        .add("method", int{third.third_part_method})
-        .add("command", int{third.third_part_command})
-        .add("result", int{third.result})
-        .add("service_result", int{third.service_result})
-        .add("service_id", std::uint64_t{third.service_id})
-        .add("UID", int{third.UID})
+        .add("method", int{as_little_endian(third.third_part_method)})
+        .add("command", int{as_little_endian(third.third_part_command)})
+        .add("result", int{as_little_endian(third.result)})
+        .add("service_result", int{as_little_endian(third.service_result)})
+        .add("service_id", std::uint64_t{as_little_endian(third.service_id)})
+        .add("UID", int{as_little_endian(third.UID)})
         .tell(name);
 }
 

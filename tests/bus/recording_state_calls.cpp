@@ -1,5 +1,6 @@
 #include "bus/row_shapes.h"
 #include "pvr_service_api.h"
+#include "support/little_endian.h"
 #include "support/platform.h"
 
 #include <array>
@@ -120,10 +121,11 @@ const RemoteCall get_recording_info{
     .name = "svc_pvr_get_recording_info",
     .call =
         [](std::ostream &outputs) {
-            pvr_recording_info info{77, 0, 0, 0, 0};
+            pvr_recording_info info{as_little_endian(77U), 0, 0, 0, 0};
             const int returned = svc_pvr_get_recording_info(7, &info);
-            outputs << std::hex << info.low_word << "|" << info.high_word << std::dec << "|" << info.opaque_8 << "|"
-                    << info.opaque_12 << "|" << info.opaque_16;
+            outputs << std::hex << as_little_endian(info.low_word) << "|" << as_little_endian(info.high_word)
+                    << std::dec << "|" << as_little_endian(info.opaque_8) << "|" << as_little_endian(info.opaque_12)
+                    << "|" << as_little_endian(info.opaque_16);
             return returned;
         },
     .untouched = "4d|0|0|0|0",

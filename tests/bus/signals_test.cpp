@@ -1,5 +1,6 @@
 // send_pvr_signal_to_apps over the bus: whom it reaches, in which order, and what the library logs of it.
 #include "bus/news.h"
+#include "support/little_endian.h"
 #include "support/log_capture.h"
 #include "support/platform.h"
 
@@ -15,13 +16,13 @@ namespace {
 pvr_service_signal record(int state = 0)
 {
     pvr_service_signal signal{};
-    signal.result = -3;
-    signal.handle = 7;
-    signal.profile_type = 11;
-    signal.screen_id = 12;
+    signal.result = as_little_endian(-3);
+    signal.handle = as_little_endian(7);
+    signal.profile_type = as_little_endian(11);
+    signal.screen_id = as_little_endian(12);
     std::strcpy(signal.uri, "/m/a.srf");
-    signal.current_state = state;
-    signal.opaque_287 = 99;
+    signal.current_state = as_little_endian(state);
+    signal.opaque_287 = as_little_endian(99);
     return signal;
 }
 

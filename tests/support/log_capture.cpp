@@ -1,6 +1,7 @@
 #include "support/log_capture.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
@@ -30,6 +31,10 @@ std::string without_addresses(std::string text)
     constexpr std::string_view prefix = "0x";
     constexpr std::string_view stand_in = "PTR";
     for (std::size_t at = text.find(prefix); at != std::string::npos; at = text.find(prefix, at)) {
+        if (at > 0 && std::isalnum(static_cast<unsigned char>(text[at - 1])) != 0) { // the end of a word, as of s390x
+            at += prefix.size();
+            continue;
+        }
         const std::size_t end = std::min(text.find_first_not_of("0123456789abcdef", at + prefix.size()), text.size());
         text.replace(at, end - at, stand_in);
         at += stand_in.size();

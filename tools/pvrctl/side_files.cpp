@@ -1,6 +1,7 @@
 #include "side_files.h"
 
 #include <algorithm>
+#include <bit>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -19,6 +20,9 @@ constexpr std::size_t longest_path = 255;      ///< the library cuts what is lon
 constexpr std::size_t most_read = 16384;       ///< of an info file; none is that long
 constexpr std::size_t replaced_characters = 3; ///< of the extension, without its dot
 constexpr std::string_view recording_extensions[] = {".srf", ".inf", ".tmp"};
+
+// Here and in the other commands, numbers are taken from files and records as they lie there.
+static_assert(std::endian::native == std::endian::little);
 
 struct OlderSize {
     long bytes;

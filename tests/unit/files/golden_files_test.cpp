@@ -4,6 +4,7 @@
 #include "files/record_layout.h"
 #include "pvr_service_api.h"
 #include "support/files.h"
+#include "support/little_endian.h"
 
 #include <algorithm>
 #include <cstring>
@@ -178,9 +179,10 @@ TEST_F(GoldenFiles, OfInfoTellWhetherThereIsSoundAlone)
         const int result = svc_pvr_is_audio_only(file.recording().c_str(), &is_audio_only);
         pvr_file_info_s info{};
         const bool is_read = svc_pvr_get_pvr_file_info(file.recording().c_str(), &info) == 0;
-        const bool is_told = is_read && info.nThumbnailType <= 1;
+        const std::uint32_t thumbnail_type = as_little_endian(info.nThumbnailType);
+        const bool is_told = is_read && thumbnail_type <= 1;
         EXPECT_EQ(result, is_told ? 0 : -2);
-        EXPECT_EQ(is_audio_only, is_told ? static_cast<int>(info.nThumbnailType) : -7);
+        EXPECT_EQ(is_audio_only, is_told ? static_cast<int>(thumbnail_type) : -7);
         EXPECT_EQ(result, file.broken.value("audio_only", result));
     }
 }

@@ -7,6 +7,7 @@
 #include "files/older_generations.h"
 #include "pvr_service_api.h"
 #include "support/files.h"
+#include "support/little_endian.h"
 #include "support/log_capture.h"
 #include "support/platform.h"
 #include "support/temporary_folder.h"
@@ -104,7 +105,7 @@ TEST_F(InfoReader, LogsWhatACurrentFileSays)
                                                      plain_info("fread file return [result:1], file size [10905]")});
     ASSERT_EQ(lines.size(), before.size() + 9);
     EXPECT_TRUE(std::equal(before.begin(), before.end(), lines.begin())) << testing::PrintToString(lines);
-    const auto number = [](auto value) { return std::to_string(value); };
+    const auto number = [](auto value) { return std::to_string(as_little_endian(value)); };
     EXPECT_EQ(lines[before.size()],
               plain_info("inf file info 01: channel_num[" + std::string(info.channel_num) + "] channel_name[" +
                          info.channel_name + "] channel_type[" + number(info.channel_type) + "], major[" +
@@ -181,9 +182,10 @@ TEST_F(InfoReader, LogsHowAnOlderFileIsConverted)
                     plain_info("channel_num = " + std::string(info.channel_num)),
                     plain_info("programe_title_len is [" + length_of(info.programe_title) + "]"),
                     plain_info("utf8_programtitle = " + std::string(info.programe_title)),
-                    plain_info(variable + "ulDuration is " + std::to_string(info.duration / 1000)),
-                    plain_info(variable + "ulResumePlayTime is " + std::to_string(info.resume_play_pos / 1000)),
-                    plain_info(variable + "nThumbnailType is " + std::to_string(info.nThumbnailType)),
+                    plain_info(variable + "ulDuration is " + std::to_string(as_little_endian(info.duration) / 1000)),
+                    plain_info(variable + "ulResumePlayTime is " +
+                               std::to_string(as_little_endian(info.resume_play_pos) / 1000)),
+                    plain_info(variable + "nThumbnailType is " + std::to_string(as_little_endian(info.nThumbnailType))),
                     plain_info("pvr_info->record_complete = 1")}))
             << row.file;
         EXPECT_EQ(converters, Lines(10, std::string("_field_converter_") + row.lower_case_name)) << row.file;
@@ -294,7 +296,7 @@ TEST_F(InfoReader, TakesTheSizeThatTheFileHasUnderItsLock)
     });
     EXPECT_EQ(read(recording), 0);
     EXPECT_STRNE(info.programe_title, "");
-    EXPECT_EQ(int{info.record_complete}, 1);
+    EXPECT_EQ(int{as_little_endian(info.record_complete)}, 1);
     const Lines lines = logged_lines();
     EXPECT_NE(std::find(lines.begin(), lines.end(), plain_info("this is Selk inf file!")), lines.end());
 }
