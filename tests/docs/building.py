@@ -8,7 +8,10 @@ import subprocess
 from shell import Failure
 
 # Options that cmake and ctest have always had.
-KNOWN = {"cmake": {"--preset", "--build", "--target", "--fresh"}, "ctest": {"--test-dir", "-R", "--output-on-failure"}}
+KNOWN = {
+    "cmake": {"--preset", "--build", "--target", "--fresh", "--toolchain"},
+    "ctest": {"--test-dir", "-R", "--output-on-failure"},
+}
 
 
 def output_of(*command, cwd=None):
@@ -43,12 +46,16 @@ def known(words):
 
 
 def configure(options, words):
-    """Presets and variables have to be the tree's."""
+    """Presets, toolchain files and variables have to be the tree's."""
     known(words)
     demand(words[2] in presets(options, "configure"), f"there is no preset {words[2]}")
-    cache = (options.build / "CMakeCache.txt").read_text(encoding="utf-8")
+    declared = (options.build / "CMakeCache.txt").read_text(encoding="utf-8")
+    if "--toolchain" in words:
+        toolchain = options.source / words[words.index("--toolchain") + 1]
+        demand(toolchain.is_file(), f"there is no {toolchain.name}")
+        declared += "\n".join(path.read_text(encoding="utf-8") for path in toolchain.parent.glob("*.cmake"))
     for name in re.findall(r"-D(PVR_\w+)=", " ".join(words)):
-        demand(re.search(rf"^{name}:", cache, re.MULTILINE), f"the tree has no variable {name}")
+        demand(re.search(rf"^(set\()?{name}\b", declared, re.MULTILINE), f"the tree has no variable {name}")
 
 
 def build(options, words):

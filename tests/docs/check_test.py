@@ -36,6 +36,8 @@ WRONG = {
                                    "there is no target of-old"),
     "a variable that is not there": ("```sh build\ncmake --preset release -DPVR_OF_OLD=1\n```",
                                      "the tree has no variable PVR_OF_OLD"),
+    "a toolchain file that is not there": ("```sh build\ncmake --preset release --toolchain cmake/of-old.cmake\n```",
+                                           "there is no of-old.cmake"),
     "a test that is not there": ("```sh build\nctest --test-dir build/release -R of.old\n```", "there is no such test"),
     "any command as one that builds": ("```sh build\nmake\n```", "has no row for this command"),
     "source that is another": ("```c examples/smallest.c\nint main(void)\n```", "is not in examples/smallest.c"),
