@@ -7,8 +7,8 @@ from document import Document
 
 # Names of files and folders are those that begin with a folder of the tree. A name with a blank, a pattern, a
 # placeholder in capitals or an ellipsis is not looked for; what is built is not either.
-PATH = re.compile(r"(?<![\w./~-])((?:bench|cmake|docs|examples|fuzz|include|interface|platform|res|scripts|simulator|src|"
-                  r"tests|tools)/[\w./-]*)(?![\w*{<…])")
+PATH = re.compile(r"(?<![\w./~-])((?:bench|cmake|docs|examples|fuzz|include|interface|packaging|platform|res|scripts|"
+                  r"simulator|src|tests|tools)/[\w./-]*)(?![\w*{<…])")
 PLACEHOLDER = re.compile(r"(?:^|/)[A-Z]{2,}\b(?!\.md)")
 
 parse = functools.cache(Document)
