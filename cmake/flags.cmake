@@ -13,6 +13,10 @@ set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 # Sections let the linker drop the generated calls that nothing uses.
 add_compile_options(-ffunction-sections -fdata-sections)
 add_compile_definitions(_GNU_SOURCE)
+# Recordings outgrow 2 GiB; machines of 64 bits need no word for it.
+if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+    add_compile_definitions(_FILE_OFFSET_BITS=64)
+endif()
 
 add_library(pvr-warnings INTERFACE)
 target_compile_options(pvr-warnings INTERFACE -Wall -Wextra -Wconversion -Wsign-conversion -Wformat=2 -Werror)

@@ -1,5 +1,7 @@
 #include "files/locked_file.h"
 
+#include "files/paths.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
@@ -57,7 +59,7 @@ LockedFile::LockedFile(const char *path, int flags) noexcept
         return;
     struct stat status {};
     if (fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode)) {
-        size_when_opened_ = status.st_size;
+        size_when_opened_ = as_long(status.st_size);
         return;
     }
     close();
@@ -83,7 +85,7 @@ LockedFile LockedFile::to_probe(const char *path) noexcept { return {path, O_RDW
 long LockedFile::size() const noexcept
 {
     struct stat status {};
-    return fstat(descriptor_, &status) == 0 ? status.st_size : -1;
+    return fstat(descriptor_, &status) == 0 ? as_long(status.st_size) : -1;
 }
 
 bool LockedFile::lock() noexcept
@@ -113,7 +115,7 @@ void LockedFile::unlock() noexcept
         flock(descriptor_, LOCK_UN);
 }
 
-std::size_t LockedFile::read(void *to, std::size_t size, long offset) const noexcept
+std::size_t LockedFile::read(void *to, std::size_t size, off_t offset) const noexcept
 {
     return transferred(size, [=, this](std::size_t done) {
         return pread(descriptor_, static_cast<char *>(to) + done, size - done, offset + static_cast<off_t>(done));

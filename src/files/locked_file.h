@@ -40,7 +40,7 @@ public:
     void unlock() noexcept;
 
     /// Reads as much as there is, at most size, or at most what two pieces hold; returns how much.
-    std::size_t read(void *to, std::size_t size, long offset) const noexcept;
+    std::size_t read(void *to, std::size_t size, off_t offset) const noexcept;
     std::size_t read(void *first, std::size_t first_size, void *second, std::size_t second_size) const noexcept;
 
     /// Puts the position of the next write to the file's beginning or its end. 0, or -1 and errno.

@@ -30,7 +30,7 @@ public:
     Opened &operator=(const Opened &) = delete;
 
     explicit operator bool() const noexcept { return descriptor_ >= 0; }
-    long end() const noexcept { return lseek(descriptor_, 0, SEEK_END); }
+    long end() const noexcept { return as_long(lseek(descriptor_, 0, SEEK_END)); }
 
 private:
     int descriptor_;
@@ -82,7 +82,7 @@ long _get_file_size(const char *path) noexcept
     errno = 0;
     const int stat_result = stat(path, &status);
     if (stat_result == 0 && status.st_size > 0)
-        return status.st_size;
+        return as_long(status.st_size);
     int error = errno;
     PLAIN_FAILURE("stat failed iStatRet[%d], errno [%d][%s], path_temp[%s], st_size[%lld], try to use fseek() to get "
                   "file size\n",

@@ -1,8 +1,11 @@
 // Which paths name a recording, how the files beside it are named, and how large a file is.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
+#include <limits>
 #include <string_view>
+#include <sys/types.h>
 
 namespace pvr {
 
@@ -28,6 +31,13 @@ public:
 private:
     char text_[capacity] = {};
 };
+
+/// A size as the log's texts take it. A file that is larger than a machine of 32 bits can say this way is no file
+/// beside a recording, and counts as the largest of them.
+constexpr long as_long(off_t size) noexcept
+{
+    return static_cast<long>(std::min<off_t>(size, std::numeric_limits<long>::max()));
+}
 
 /// The size of a file in bytes; 0 for an empty one, -1 for one that cannot be opened or measured.
 long _get_file_size(const char *path) noexcept;
