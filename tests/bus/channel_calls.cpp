@@ -5,6 +5,7 @@
 #include <cstring>
 #include <gtest/gtest.h>
 #include <ostream>
+#include <string>
 #include <vector>
 
 using namespace support;
@@ -26,12 +27,13 @@ std::ostream &operator<<(std::ostream &out, const channel_info &info)
 /// The lines of the first fields that could be read.
 Lines channel_lines(std::size_t count, const std::string &name = "Eins", const std::string &title = "News ä")
 {
-    const Lines all{plain_info("major [5]"),
-                    plain_info("minor [-1]"),
-                    plain_info("start time [4294967295]"),
-                    plain_info("end time [7]"),
-                    plain_info("channel name [" + name + "]"),
-                    plain_info("program title [" + title + "]")};
+    const Lines all{
+        plain_info("major [5]"),
+        plain_info("minor [-1]"),
+        plain_info("start time [" + std::to_string(static_cast<long>(4294967295U)) + "]"), // as the machine's long
+        plain_info("end time [7]"),
+        plain_info("channel name [" + name + "]"),
+        plain_info("program title [" + title + "]")};
     return {all.begin(), all.begin() + static_cast<Lines::difference_type>(count)};
 }
 

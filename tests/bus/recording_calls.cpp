@@ -2,8 +2,10 @@
 #include "pvr_service_api.h"
 
 #include <climits>
+#include <cstdint>
 #include <gtest/gtest.h>
 #include <ostream>
+#include <string>
 #include <vector>
 
 using namespace support;
@@ -26,7 +28,8 @@ const std::vector<RemoteCall> by_channel{
     control("svc_pvr_start_recording", [] { return svc_pvr_start_recording(wide_id, 1, "ex%s"); },
             wide + "[show:1][extra:ex%s]", app_request(0, wide_id_text, 1, "ex%s")),
     control("svc_pvr_start_recording_ex", [] { return svc_pvr_start_recording_ex(wide_id, -1, "", LONG_MIN + 5); },
-            wide + "[show:-1][extra:][reminder:-9223372036854775803]", app_request(0, wide_id_text, -1, "", "5")),
+            wide + "[show:-1][extra:][reminder:" + std::to_string(LONG_MIN + 5) + "]",
+            app_request(0, wide_id_text, -1, "", std::to_string(static_cast<std::uint32_t>(LONG_MIN + 5)))),
     control("svc_pvr_start_timeshift", [] { return svc_pvr_start_timeshift(wide_id, 1, "ä"); },
             wide + "[show:1][extra:ä]", app_request(1, wide_id_text, 1, "ä")),
     control("svc_pvr_stop_recording", [] { return svc_pvr_stop_recording(wide_id, 1, "x"); },
