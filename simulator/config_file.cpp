@@ -1,6 +1,7 @@
 #include "config_file.h"
 
 #include "device_options.h"
+#include "log.h"
 #include "pvr_gdbus_generated.h"
 #include "test_programme.h"
 #include "virtual_clock.h"
@@ -122,6 +123,13 @@ void read_devices(const TomlFile &file, const TomlTable &root, Equipment &equipm
     }
 }
 
+/// A key may have a NUL in it, which would end the name that is looked for.
+bool is_method(const std::string &key)
+{
+    return key.find('\0') == std::string::npos &&
+           g_dbus_interface_info_lookup_method(org_vexan_tv_pvr_interface_info(), key.c_str()) != nullptr;
+}
+
 void read_latencies(const TomlTable &root, Latencies &latencies)
 {
     const std::optional<TomlTable> table = root.table("latency");
@@ -130,9 +138,8 @@ void read_latencies(const TomlTable &root, Latencies &latencies)
     for (const std::string &key : table->keys()) {
         const auto milliseconds = table->integer(key, 0, Latencies::longest);
         const bool is_of_all = key == of_all_methods;
-        if (!is_of_all &&
-            g_dbus_interface_info_lookup_method(org_vexan_tv_pvr_interface_info(), key.c_str()) == nullptr)
-            table->complain(key, "'" + key + "' is no method, expected one of org.vexan.tv.pvr, or all");
+        if (!is_of_all && !is_method(key))
+            table->complain(key, "'" + shown(key) + "' is no method, expected one of org.vexan.tv.pvr, or all");
         else if (milliseconds)
             (is_of_all ? latencies.all : latencies.methods[key]) = static_cast<std::uint32_t>(*milliseconds);
     }

@@ -41,12 +41,14 @@ DeviceDescription described(const std::string &option, bool is_slow)
 } // namespace
 
 DeviceDescription described_device(const std::string &name, const std::string &folder, bool is_slow)
-{
+try {
     const std::filesystem::path whole = resolved(folder);
     check_text(whole.string());
     if (is_within(resolved(g_get_home_dir()), whole))
         throw std::invalid_argument(whole.string() + " holds the home folder, and a device can be formatted");
     return {name, whole.string(), is_slow};
+} catch (const std::filesystem::filesystem_error &error) { // of a path that is too long, or of links in a circle
+    throw std::invalid_argument("the folder of " + name + ": " + error.code().message());
 }
 
 void check_together(const DeviceDescription &one, const DeviceDescription &other)

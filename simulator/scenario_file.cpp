@@ -83,7 +83,8 @@ GVariant *option_value(const TomlTable &options, const std::string &key)
         return value ? g_variant_new_string(value->c_str()) : nullptr;
     }
     if (options.has(key))
-        options.complain(key, "'" + key + "' is no option of a fault, expected one that docs/simulator.md names");
+        options.complain(key,
+                         "'" + shown(key) + "' is no option of a fault, expected one that docs/simulator.md names");
     return nullptr;
 }
 

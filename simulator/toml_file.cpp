@@ -2,6 +2,7 @@
 
 #include "client/owned.h"
 #include "log.h"
+#include "toml_library.h"
 
 #include <algorithm>
 #include <array>
@@ -13,7 +14,6 @@
 #include <map>
 #include <string_view>
 #include <system_error>
-#include <toml++/toml.h>
 #include <utility>
 
 namespace simulator {
@@ -117,7 +117,7 @@ void TomlTable::complain(const std::string &key, const std::string &text) const
 void TomlTable::refuse(const std::string &key, const std::string &expected) const
 {
     const toml::node *node = library_table(table_).get(key);
-    complain(key, key + " is " + (node != nullptr ? shown_node(*node) : "missing") + ", expected " + expected);
+    complain(key, shown(key) + " is " + (node != nullptr ? shown_node(*node) : "missing") + ", expected " + expected);
 }
 
 void TomlTable::require(const std::string &key, const std::string &what) const

@@ -1,6 +1,7 @@
 // An input taken apart: its first bytes choose what the reader meets, the rest is the file.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -40,6 +41,14 @@ public:
     {
         const std::uint8_t chosen = byte();
         return choices[chosen < 128 ? 0 : chosen % count];
+    }
+
+    /// As many as there are, at most.
+    Bytes take(std::size_t size) noexcept
+    {
+        const Bytes taken = rest_.first(std::min(size, rest_.size()));
+        rest_ = rest_.subspan(taken.size());
+        return taken;
     }
 
     Bytes rest() const noexcept { return rest_; }

@@ -2,6 +2,7 @@
 
 #include "files/locked_file.h"
 #include "support/check.h"
+#include "support/complaints.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -12,7 +13,6 @@
 #include <cstring>
 #include <ctime>
 #include <dlog.h>
-#include <glib.h>
 #include <optional>
 #include <string_view>
 #include <sys/file.h>
@@ -92,9 +92,9 @@ extern "C" {
 
 int LLVMFuzzerInitialize(int *, char ***)
 {
-    // No bus: what the reader asks the service fails at once. GLib's complaints are defects.
+    // No bus: what the reader asks the service fails at once.
     setenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent", 1);
-    g_log_set_always_fatal(static_cast<GLogLevelFlags>(G_LOG_LEVEL_CRITICAL | G_LOG_LEVEL_WARNING));
+    make_complaints_findings();
     pvr::lock_patience = std::chrono::milliseconds(20);
     return 0;
 }

@@ -86,7 +86,7 @@ RemoteCall row(const ListCall<T> &list, int length)
                 int count = untouched_count;
                 const int returned = call(stored.data(), length, &count);
                 outputs << count << ":";
-                EXPECT_EQ(stored.back(), T{123'456'789}); // never beyond the room
+                EXPECT_EQ(std::count(stored.end() - 2, stored.end(), T{123'456'789}), 2); // never beyond the room
                 for (const T value : stored)
                     if (value != T{123'456'789})
                         outputs << " " << value;

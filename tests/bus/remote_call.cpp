@@ -4,26 +4,14 @@
 #include "support/platform.h"
 
 #include <algorithm>
-#include <cstring>
 #include <functional>
 #include <gtest/gtest.h>
-#include <iterator>
 #include <sstream>
 #include <thread>
 
 using namespace support;
 
 std::ostream &operator<<(std::ostream &out, const RemoteCall &row) { return out << row.name; }
-
-std::vector<RemoteCall> joined(std::vector<std::vector<RemoteCall>> groups)
-{
-    std::vector<RemoteCall> all;
-    for (auto &group : groups)
-        std::move(group.begin(), group.end(), std::back_inserter(all));
-    return all;
-}
-
-std::string text_of(const char *buffer, std::size_t size) { return {buffer, strnlen(buffer, size)}; }
 
 namespace {
 

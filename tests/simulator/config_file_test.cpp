@@ -99,6 +99,9 @@ TEST_F(ConfigFile, TellsWhatIsThereAndWhatIsExpected)
         {"latency = 5", "1: latency is 5, expected a table, [latency]"},
         {"[latency]\nall = -1", "2: all is -1, expected a whole number from 0 to 3600000"},
         {"[latency]\nplay = 1", "2: 'play' is no method, expected one of org.vexan.tv.pvr, or all"},
+        {"[latency]\n\"play_start\\u0000\" = 1",
+         "2: 'play_start\\x00' is no method, expected one of org.vexan.tv.pvr, or all"},
+        {"[latency]\n\"a\\nb\" = 1", "2: 'a\\x0ab' is no method, expected one of org.vexan.tv.pvr, or all"},
         {"device = 'usb1'", "1: device is 'usb1', expected tables, each [[device]]"},
         {"[device]\nname = 'a'", "1: device is a table, expected tables, each [[device]]"},
         {"device = [1]", "1: device is a list, expected tables, each [[device]]"},
@@ -108,6 +111,8 @@ TEST_F(ConfigFile, TellsWhatIsThereAndWhatIsExpected)
         {"[[device]]\nname = \"\\u0000\"\nfolder = 'a'", "2: name is '\\x00'" + text},
         {"[[device]]\nname = 'a'\nfolder = '/'",
          "3: / holds the home folder, and a device can be formatted, expected another"},
+        {"[[device]]\nname = 'a'\nfolder = '" + std::string(256, 'x') + "'",
+         "3: the folder of a: File name too long, expected another"},
         {"[[device]]\nname = 'a'\nfolder = 'a'\n[[device]]\nname = 'a'\nfolder = 'b'",
          "6: two devices are named a, expected another"},
         {"[[device]]\nname = 'a'\nfolder = 'a'\n[[device]]\nname = 'b'\nfolder = 'a/b'",
@@ -160,8 +165,8 @@ TEST_F(ConfigFile, TellsAllMistakesAtOnceInTheOrderOfTheirLines)
 
 TEST_F(ConfigFile, TellsWhereItIsNoToml)
 {
-    for (const std::string content : {"tuners = 2\nspeed =\n", "tuners = 2\n\xff = 1\n", "tuners = 2\ntuners = 3\n",
-                                      "tuners = 2\ntimeshift = 9223372036854775808\n"}) {
+    for (const std::string content : {"tuners = 2\nspeed =\n", "tuners = 2\n\xff = 1\n", "tuners = 2\nä = 1\n",
+                                      "tuners = 2\ntuners = 3\n", "tuners = 2\ntimeshift = 9223372036854775808\n"}) {
         const std::string told = mistakes(content);
         EXPECT_EQ(told.substr(0, 3), "2: ") << content;
         EXPECT_GT(told.size(), 10U) << content;

@@ -113,6 +113,8 @@ TEST_F(ScenarioFile, TellsItsMistakes)
          "4: times is -1, expected a whole number from 0 to 4294967295"},
         {"[[step]]\nfault = 'crash'\ntarget = 'get_handle'\noptions = { wobble = 1 }",
          "4: 'wobble' is no option of a fault, expected one that docs/simulator.md names"},
+        {"[[step]]\nfault = 'crash'\ntarget = 'get_handle'\noptions = { \"a\\nb\" = 1 }",
+         "4: 'a\\x0ab' is no option of a fault, expected one that docs/simulator.md names"},
         {"[[step]]\nfault = 'crash'\ntarget = 'get_handle'\noptions = { result = 1 }",
          "2: the fault 'crash' has no option 'result', but times, probability and seed"},
         {"[[step]]\nend_fault = 'wobble'\ntarget = 'get_handle'",

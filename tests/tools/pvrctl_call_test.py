@@ -138,6 +138,10 @@ class CallLine(PvrctlTest):
                 (["svc_pvr_set_pvr_file_info_ex", "a.srf", "wobble=1"], "'wobble' is no field"),
                 (["svc_pvr_set_pvr_file_info_ex", "a.srf", "major=65536"], "'65536' is not between 0 and 65535"),
                 (["svc_pvr_set_pvr_file_info_ex", "a.srf", '{"major":'], "info: what begins with { is not JSON"),
+                *((["svc_pvr_set_pvr_file_info_ex", "a.srf", '{"major":' + opened * depth + "1" + closed * depth + "}"],
+                   "info: major takes a number, a text or a list of numbers, not what is in lists or in an object")
+                  for opened, closed, depth in
+                  [("[", "]", 2), ("[", "]", 65000), ('{"a":', "}", 1), ('{"a":', "}", 20000)]),
                 (["svc_pvr_get_handle", "--timeout", 1], "--timeout and --count are for what registers a callback"),
                 (["svc_pvr_register_signal_cb", "--count", 0], "--count: '0' is not between 1 and 2147483647"),
                 (["--list", "a", "--wobble"], "--wobble")]:

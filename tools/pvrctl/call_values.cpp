@@ -79,9 +79,13 @@ std::string plain_text(const Json &value)
     throw Failure(ExitCode::usage, name + ": " + message);
 }
 
-/// A member of a JSON object as a word of the command line.
-std::string member_word(const std::string &field, const Json &value)
+/// A member of a JSON object as a word of the command line. What lies within lists and objects is never looked at: it
+/// may lie so deep that printing it takes more than the stack.
+std::string member_word(const std::string &name, const std::string &field, const Json &value)
 {
+    const auto is_structured = [](const Json &one) { return one.is_structured(); };
+    if (value.is_object() || (value.is_array() && std::any_of(value.begin(), value.end(), is_structured)))
+        refuse_word(name, field + " takes a number, a text or a list of numbers, not what is in lists or in an object");
     std::string word;
     if (value.is_array()) {
         for (const Json &element : value)
@@ -158,7 +162,7 @@ pvr_file_info_s parsed_info(const std::string &name, std::span<const std::string
             refuse_word(name, "what begins with { is not JSON");
         changes.clear();
         for (const auto &[field, value] : object.items())
-            changes.push_back(member_word(field, value));
+            changes.push_back(member_word(name, field, value));
     }
     pvr_file_info_s record{};
     for (const std::string &change : changes) {
