@@ -3,19 +3,18 @@
 
 #include "files/locked_file.h"
 #include "pvr_service_api.h"
+#include "support/file_size_limit.h"
 #include "support/files.h"
 #include "support/log_capture.h"
 #include "support/platform.h"
 #include "support/scripted_service.h"
 #include "support/temporary_folder.h"
 
-#include <csignal>
 #include <cstring>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 #include <string>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
@@ -65,13 +64,6 @@ protected:
     const std::string sas = folder / "a.sas";
     ScriptedService service;
 };
-
-void limit_file_size(rlim_t bytes)
-{
-    std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit limit{bytes, RLIM_INFINITY};
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
-}
 
 } // namespace
 
@@ -264,7 +256,7 @@ TEST_F(Fingerprint, SaysWhatADeviceCouldNotTake)
                 return line;
         return std::string();
     };
-    limit_file_size(header_size + 2);
+    FileSizeLimit limit(header_size + 2);
     EXPECT_EQ(complaint_of_writing(1, "block"), plain_entry("write first sas data error"));
     EXPECT_EQ(read(1), "size: -1") << "what is not there is not promised";
 
@@ -275,7 +267,7 @@ TEST_F(Fingerprint, SaysWhatADeviceCouldNotTake)
     EXPECT_EQ(read(1), "bl");
     EXPECT_EQ(read(2), "size: -1");
 
-    limit_file_size(100);
+    limit.set(100);
     EXPECT_EQ(complaint_of_writing(3, "third"), plain_entry("write header data error"));
     EXPECT_EQ(read(1), "bl");
 

@@ -1,6 +1,7 @@
 // Writing the info file step by step, with each step made to fail, and what is in the file afterwards.
 #include "files/locked_file.h"
 #include "pvr_service_api.h"
+#include "support/file_size_limit.h"
 #include "support/files.h"
 #include "support/little_endian.h"
 #include "support/log_capture.h"
@@ -9,7 +10,6 @@
 #include "support/temporary_folder.h"
 
 #include <algorithm>
-#include <csignal>
 #include <fcntl.h>
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -17,7 +17,6 @@
 #include <string>
 #include <sys/file.h>
 #include <sys/fsuid.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
@@ -102,14 +101,6 @@ protected:
     pvr_file_info_s info;
     ScriptedService service;
 };
-
-/// Files take no more than a number of bytes, as on a device that is full.
-void limit_file_size(rlim_t bytes)
-{
-    std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit limit{bytes, RLIM_INFINITY};
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
-}
 
 /// Holds a file's lock as another process does.
 class Lock {
@@ -316,7 +307,7 @@ TEST_F(InfoWriter, KeepsTheGenerationThatTheFileHasUnderItsLock)
 TEST_F(InfoWriter, CutsACurrentFileThatTheDeviceCannotHold)
 {
     write_file(inf, std::string(record_size, 'x'));
-    limit_file_size(5000);
+    const FileSizeLimit limit(5000);
     EXPECT_EQ(write(recording), PS_CALL_METHOD_FAILED);
     EXPECT_EQ(logged_lines().back(), not_written);
     EXPECT_TRUE(content_of(inf) == record().substr(0, 5000));
@@ -327,7 +318,7 @@ TEST_F(InfoWriter, CutsACurrentFileThatTheDeviceCannotHold)
 TEST_F(InfoWriter, CutsAnOlderFileSoThatItDoesNotReadAsCurrent)
 {
     std::filesystem::copy(golden + "ardel-pattern.inf", inf);
-    limit_file_size(11500);
+    const FileSizeLimit limit(11500);
     EXPECT_EQ(write(recording), PS_CALL_METHOD_FAILED);
     EXPECT_EQ(logged_lines().back(), not_written);
     EXPECT_LT(std::filesystem::file_size(inf), record_size);
@@ -338,7 +329,7 @@ TEST_F(InfoWriter, CutsAnOlderFileSoThatItDoesNotReadAsCurrent)
 TEST_F(InfoWriter, LeavesAFileOfWhichNothingCouldBeWritten)
 {
     write_file(inf, "precious");
-    limit_file_size(0);
+    const FileSizeLimit limit(0);
     EXPECT_EQ(write(recording), PS_CALL_METHOD_FAILED);
     EXPECT_EQ(logged_lines().back(), not_written);
     EXPECT_EQ(content_of(inf), "precious");

@@ -1,5 +1,6 @@
 #include "bus/row_shapes.h"
 #include "pvr_service_api.h"
+#include "support/platform.h"
 
 #include <climits>
 #include <cstdint>
@@ -121,6 +122,17 @@ INSTANTIATE_TEST_SUITE_P(All, RemainingTime,
                                          Remaining{"5368709120", 0, -2147483648}, Remaining{"17592186044416", 0, 0},
                                          Remaining{"17592186044421", 4, 2}),
                          [](const auto &info) { return "Space" + std::to_string(info.index); });
+
+TEST(RemainingTimeOfAProductThatDoesNotRecord, IsNotTold)
+{
+    ScriptedService service;
+    set_product(Product::does_not_record);
+    int remaining = -77;
+    EXPECT_EQ(svc_pvr_get_remaining_time(1, &remaining), PS_CALL_METHOD_FAILED);
+    EXPECT_EQ(logged_lines().front(), plain_entry("My master:[0][][type:1]"));
+    EXPECT_EQ(remaining, -77);
+    EXPECT_EQ(service.requests(), std::vector<Request>());
+}
 
 TEST(RemainingTimeWithoutADevice, IsZeroWhateverTheLookupsReturned)
 {

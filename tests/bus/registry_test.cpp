@@ -274,6 +274,16 @@ TEST_F(SignalList, HoldsFive)
     EXPECT_EQ(this->names(), "abfde");
 }
 
+TEST_F(SignalList, IsLeftAloneOnAProductThatDoesNotRecord)
+{
+    char a[] = "a";
+    add(five[0], a);
+    set_product(Product::does_not_record);
+    EXPECT_EQ(svc_pvr_unregister_signal_cb_in_list(five[0]), PS_CALL_METHOD_FAILED);
+    set_product(Product::records);
+    EXPECT_EQ(names(), "a");
+}
+
 TEST_F(SignalList, HoldsAFunctionOnce)
 {
     char a[] = "a";

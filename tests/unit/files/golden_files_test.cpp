@@ -33,6 +33,24 @@ struct SideFile {
     std::string recording() const { return path.substr(0, path.size() - 3) + "srf"; }
 };
 
+/// A field's type as dumps call it.
+std::string type_of(const pvr::RecordField &field)
+{
+    switch (field.kind) {
+    case pvr::FieldKind::number:
+        return "u" + std::to_string(8 * field.width);
+    case pvr::FieldKind::signed_number:
+        return "i" + std::to_string(8 * field.width);
+    case pvr::FieldKind::numbers:
+        return std::to_string(field.width / 4) + " × u32";
+    case pvr::FieldKind::text:
+        return "text";
+    case pvr::FieldKind::bytes:
+        return "bytes";
+    }
+    return "";
+}
+
 json parsed(const std::string &path) { return json::parse(content_of(path)); }
 
 std::vector<SideFile> side_files(const std::string &extension)
@@ -167,6 +185,7 @@ TEST_F(GoldenFiles, OfInfoNameTheFieldsOfTheRecord)
             EXPECT_EQ(rows[i]["name"], pvr::record_fields[i].name);
             EXPECT_EQ(rows[i]["offset"], pvr::record_fields[i].offset);
             EXPECT_EQ(rows[i]["size"], pvr::record_fields[i].width);
+            EXPECT_EQ(rows[i]["type"], type_of(pvr::record_fields[i]));
         }
     }
 }

@@ -1,5 +1,6 @@
 #include "files/locked_file.h"
 
+#include "support/file_size_limit.h"
 #include "support/files.h"
 #include "support/temporary_folder.h"
 
@@ -7,7 +8,6 @@
 #include <csignal>
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <thread>
@@ -27,14 +27,6 @@ protected:
     TemporaryFolder folder;
     const std::string path = folder / "a.inf";
 };
-
-/// Files take no more than a number of bytes, as on a device that is full.
-void limit_file_size(rlim_t bytes)
-{
-    std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit limit{bytes, RLIM_INFINITY};
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
-}
 
 } // namespace
 
@@ -157,7 +149,7 @@ TEST_F(LockedFileTest, WritesTwoPiecesAsOne)
 
 TEST_F(LockedFileTest, TellsHowMuchAFullDeviceTook)
 {
-    limit_file_size(4);
+    const FileSizeLimit limit(4);
     const LockedFile file = LockedFile::to_update_or_create(path.c_str());
     EXPECT_EQ(file.write("ab", 2, "cde", 3), 4U);
     EXPECT_EQ(file.write("f", 1), 0U);
