@@ -23,6 +23,7 @@ constexpr char interface_name[] = "org.vexan.tv.pvr";
 
 constinit RenewableMutex g_mutex;
 constinit std::atomic<bool> is_inherited{false};
+constinit bool watches_forks = false; ///< under g_mutex
 
 /// What a session keeps beside its proxy, so that a successor takes its place unnoticed.
 /// Under g_mutex.
@@ -79,7 +80,9 @@ void connect_to(GDBusProxy *proxy) noexcept
 /// Makes the proxy that the process uses from now on.
 void adopt(OwnedProxy proxy) noexcept
 {
-    [[maybe_unused]] static const int watches_forks = pthread_atfork(nullptr, nullptr, [] { is_inherited = true; });
+    // Where there was no memory for it, it is tried again with the next proxy.
+    if (!watches_forks)
+        watches_forks = pthread_atfork(nullptr, nullptr, [] { is_inherited = true; }) == 0;
 
     if (session.context == nullptr)
         session.context = g_main_context_ref_thread_default();

@@ -80,7 +80,7 @@ int write_current(LockedFile file, bool is_locked, long size, const char *path, 
     if (!file)
         return Call::refused(PLAIN_FAILURE("failed to open file,fd == NULL,the path is [%s]\n", path));
     PLAIN_INFO("success to open file,the path is [%s]\n", path);
-    if (!is_locked)
+    if (!is_locked || size < 0) // nobody knows of which generation it is, or what has to be cut off
         return refuse_write(path);
     if (const int code = file.seek_to_begin(); code != 0)
         return Call::refused(PLAIN_FAILURE("fseek failed, retn code[%d]\n", code));

@@ -11,8 +11,6 @@
 
 using namespace support;
 
-std::ostream &operator<<(std::ostream &out, const RemoteCall &row) { return out << row.name; }
-
 namespace {
 
 struct Done {
@@ -65,14 +63,6 @@ void leave_one_behind(ScriptedService &service)
 
 /// By reference: the test framework copies its parameters, and every test is a process of its own.
 class RemoteCalls : public testing::TestWithParam<std::reference_wrapper<const RemoteCall>> {};
-
-const std::vector<RemoteCall> &all_calls()
-{
-    static const std::vector<RemoteCall> rows =
-        joined({channel_calls(), device_calls(), list_calls(), playback_calls(), recording_calls(),
-                recording_files_calls(), recording_state_calls(), status_calls()});
-    return rows;
-}
 
 } // namespace
 

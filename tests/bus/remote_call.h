@@ -43,6 +43,7 @@ std::vector<RemoteCall> recording_calls();
 std::vector<RemoteCall> recording_files_calls();
 std::vector<RemoteCall> recording_state_calls();
 std::vector<RemoteCall> status_calls();
+const std::vector<RemoteCall> &all_calls();
 
 /// Joins rows of several kinds.
 std::vector<RemoteCall> joined(std::vector<std::vector<RemoteCall>> groups);

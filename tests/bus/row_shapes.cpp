@@ -1,6 +1,5 @@
 #include "bus/row_shapes.h"
 
-#include <algorithm>
 #include <cstring>
 #include <gtest/gtest.h>
 #include <iterator>
@@ -47,16 +46,6 @@ std::string carrying(const std::string &value, Beside beside, int result = 403)
 Result published(Beside beside) { return beside == Beside::result ? Result::is_published : Result::is_the_answer; }
 
 } // namespace
-
-std::vector<RemoteCall> joined(std::vector<std::vector<RemoteCall>> groups)
-{
-    std::vector<RemoteCall> all;
-    for (auto &group : groups)
-        std::move(group.begin(), group.end(), std::back_inserter(all));
-    return all;
-}
-
-std::string text_of(const char *buffer, std::size_t size) { return {buffer, strnlen(buffer, size)}; }
 
 Lines filled_in(const Lines &lines, const std::string &value)
 {
