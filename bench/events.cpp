@@ -21,22 +21,56 @@ constexpr int signals_per_round = 100;
 
 void on_any_signal(GDBusProxy *, const char *, const char *, GVariant *, void *) { ++delivered; }
 
-/// CPU time of the whole process, in ns.
-double cpu_time()
+double now(clockid_t clock)
 {
     timespec time{};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    clock_gettime(clock, &time);
     return static_cast<double>(time.tv_sec) * 1e9 + static_cast<double>(time.tv_nsec);
 }
 
-void deliver(State &state)
+/// CPU time of the whole process, in ns.
+double cpu_time() { return now(CLOCK_PROCESS_CPUTIME_ID); }
+
+/// In ns.
+double elapsed_time() { return now(CLOCK_MONOTONIC); }
+
+/// Receives signals, and tells what one took by a clock.
+template <double (*clock)()>
+void deliver(State &state, const char *counter)
 {
     for ([[maybe_unused]] auto _ : state) {
-        const double before = cpu_time();
+        const double before = clock();
         if (!receive(signals_per_round))
             state.SkipWithError("the service sends no signals");
-        state.counters["cpu_ns"] = (cpu_time() - before) / signals_per_round;
+        state.counters[counter] = (clock() - before) / signals_per_round;
     }
+}
+
+/// The library's callback beside a handler that does nothing. No other proxy receives the signals.
+Group receivers(Callers &callers, const std::string &name, benchmark::IterationCount iterations,
+                void (*received)(State &state))
+{
+    const auto library = [&callers, received](State &state) {
+        place_client(Placement::one_cpu);
+        callers.release();
+        if (svc_pvr_service_init() != PS_SESSION_READY)
+            throw std::runtime_error("no session");
+        svc_pvr_register_signal_cb(on_signal, nullptr);
+        received(state);
+        svc_pvr_unregister_signal_cb(on_signal);
+        callers.release();
+    };
+    const auto bare = [&callers, received](State &state) {
+        place_client(Placement::one_cpu);
+        callers.release();
+        {
+            const pvr::OwnedProxy proxy = make_bare_proxy();
+            g_signal_connect(proxy.get(), "g-signal", G_CALLBACK(on_any_signal), nullptr);
+            received(state);
+        }
+        callers.release();
+    };
+    return {{name + "_library", library, iterations}, {name + "_bare", bare, iterations}};
 }
 
 } // namespace
@@ -97,27 +131,21 @@ Group event_decoding()
 
 Group event_delivery(Callers &callers)
 {
-    const auto library = [&callers](State &state) {
-        place_client(Placement::one_cpu);
-        callers.release(); // no other proxy receives the signals
-        if (svc_pvr_service_init() != PS_SESSION_READY)
-            throw std::runtime_error("no session");
-        svc_pvr_register_signal_cb(on_signal, nullptr);
-        deliver(state);
-        svc_pvr_unregister_signal_cb(on_signal);
-        callers.release();
-    };
-    const auto bare = [&callers](State &state) {
-        place_client(Placement::one_cpu);
-        callers.release();
-        {
-            const pvr::OwnedProxy proxy = make_bare_proxy();
-            g_signal_connect(proxy.get(), "g-signal", G_CALLBACK(on_any_signal), nullptr);
-            deliver(state);
-        }
-        callers.release();
-    };
-    return {{"events/delivery_library", library, 1}, {"events/delivery_bare", bare, 1}};
+    return receivers(callers, "events/delivery", 1, [](State &state) { deliver<cpu_time>(state, "cpu_ns"); });
+}
+
+Group event_bursts(Callers &callers)
+{
+    return receivers(callers, "events/burst", 1, [](State &state) { deliver<elapsed_time>(state, "elapsed_ns"); });
+}
+
+Group event_latency(Callers &callers)
+{
+    return receivers(callers, "events/latency", 20, [](State &state) {
+        for ([[maybe_unused]] auto _ : state)
+            if (!receive(1))
+                state.SkipWithError("the service sends no signals");
+    });
 }
 
 } // namespace bench

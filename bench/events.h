@@ -12,5 +12,9 @@ Group event_handling(Callers &callers);
 Group event_decoding();
 /// Signals over the bus to the last callback, beside a handler that does nothing; CPU time of the client.
 Group event_delivery(Callers &callers);
+/// The same, in time: many signals that come at once.
+Group event_bursts(Callers &callers);
+/// From the wish for a signal, over the service, to the callback.
+Group event_latency(Callers &callers);
 
 } // namespace bench

@@ -14,6 +14,8 @@ import sys
 import tempfile
 import time
 
+import page
+
 LEAST_ROUNDS = 6  # with fewer there is no 95 % interval of a median
 
 Row = collections.namedtuple("Row", "name kind subject baseline limit why")
@@ -108,6 +110,8 @@ def as_quantity(name, value):
         return f"{value:.0f} bytes"
     if name.startswith("allocations/"):
         return f"{value:g} blocks"
+    if name.startswith("clients/"):
+        return f"{1e9 / value:.0f} calls/s"
     for unit, size in (("ms", 1e6), ("us", 1e3)):
         if value >= size:
             return f"{value / size:.2f} {unit}"
@@ -164,6 +168,18 @@ def print_table(entries):
         print("  ".join(cells + [line[-1]]).rstrip())
 
 
+def markdown_table(entries, machine):
+    """The table as a page shows it."""
+    def cells(row):
+        return "| " + " | ".join(row) + " |"
+
+    lines = [f"Measured in {machine['seconds']:.0f} s on {machine['cpus']} CPUs, of which other programs took "
+             f"{machine['others_share']:.0%} and the host {machine['stolen_share']:.0%}.", "",
+             cells(["", "library", "beside it", "result", "95 % interval", "limit"]), cells(["---"] + ["---:"] * 5)]
+    lines += [cells(formatted(entry)[:6]) for entry in entries if "kind" in entry]
+    return "\n".join(lines)
+
+
 def busy_seconds():
     """CPU time spent by everybody, and taken by the host."""
     with open("/proc/stat", encoding="ascii") as file:
@@ -183,7 +199,7 @@ def measure(build, rounds, rows):
     started, busy, own = time.monotonic(), busy_seconds(), own_seconds()
     times = run(os.path.join(folder, "pvr-bench-times"), os.path.join(folder, "times.json"), rounds)
     measured = series(times)
-    for program in "allocations", "memory", "load":
+    for program in "allocations", "clients", "memory", "load":
         if any(row.subject.startswith(f"{program}/") for row in rows):
             measured |= series(run(os.path.join(folder, f"pvr-bench-{program}"),
                                    os.path.join(folder, f"{program}.json"), None))
@@ -203,6 +219,7 @@ def parse_arguments():
     parser.add_argument("--limits", required=True)
     parser.add_argument("--rounds", type=int)
     parser.add_argument("--check", action="store_true")
+    parser.add_argument("--markdown")
     arguments = parser.parse_args()
     if arguments.rounds is not None and arguments.rounds < LEAST_ROUNDS:
         parser.error(f"--rounds takes a number from {LEAST_ROUNDS}")
@@ -217,7 +234,9 @@ def main():
         rows = read_limits(arguments.limits)
         measured, not_measured, machine = measure(arguments.build, arguments.rounds, rows)
         entries = evaluate(rows, measured, not_measured)
-    except (CannotMeasure, OSError, subprocess.CalledProcessError) as problem:
+        if arguments.markdown:
+            page.refresh(arguments.markdown, "measured", markdown_table(entries, machine))
+    except (CannotMeasure, page.NoPlace, OSError, subprocess.CalledProcessError) as problem:
         print(f"bench: {problem}", file=sys.stderr)
         return 2
     report = os.path.join(arguments.build, "bench", "report.json")

@@ -2,6 +2,7 @@
 // what it is compared with.
 #include "callers.h"
 #include "events.h"
+#include "other_callers.h"
 #include "placement.h"
 #include "private_bus.h"
 #include "rounds.h"
@@ -14,6 +15,8 @@
 
 #include <cstdio>
 #include <exception>
+#include <memory>
+#include <string>
 #include <vector>
 
 namespace {
@@ -34,9 +37,17 @@ void measure(State &state, Function call)
         state.SkipWithError("a call failed");
 }
 
-/// One call through to the service and back.
+/// One call through to the service and back, each on the connection that its library made.
 Group calls(Callers &callers, Placement placement, const std::string &name)
 {
+    const auto sd_bus = [placement, caller = std::make_shared<SdBusCaller>()](State &state) {
+        place_client(placement);
+        measure(state, [&] { return caller->play_start(); });
+    };
+    const auto libdbus = [placement, caller = std::make_shared<LibdbusCaller>()](State &state) {
+        place_client(placement);
+        measure(state, [&] { return caller->play_start(); });
+    };
     const auto library = [&callers, placement](State &state) {
         callers.prepare(placement);
         measure(state, library_play_start);
@@ -45,7 +56,10 @@ Group calls(Callers &callers, Placement placement, const std::string &name)
         callers.prepare(placement);
         measure(state, [&] { return bare_play_start(callers.bare()); });
     };
-    return {{name + "/library", library, 30}, {name + "/bare", bare, 30}};
+    return {{name + "/library", library, 30},
+            {name + "/bare", bare, 30},
+            {name + "/sd_bus", sd_bus, 30},
+            {name + "/libdbus", libdbus, 30}};
 }
 
 bool pack_and_unpack(GDBusProxy *proxy)
@@ -133,6 +147,8 @@ int run(const Options &options)
     groups.push_back(event_handling(callers));
     groups.push_back(event_decoding());
     groups.push_back(event_delivery(callers));
+    groups.push_back(event_bursts(callers));
+    groups.push_back(event_latency(callers));
     const SideFiles files;
     groups.push_back(reading_current(files));
     groups.push_back(reading_older(files));

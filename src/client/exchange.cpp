@@ -1,6 +1,7 @@
 #include "client/exchange.h"
 
 #include "client/owned.h"
+#include "client/wire_format.h"
 
 #include <algorithm>
 #include <cstdarg>
@@ -21,6 +22,31 @@ void report_type(GError **error, const char *method, GVariant *value, std::strin
                 method, g_variant_get_type_string(value), expected);
 }
 
+GVariant *packed_next(char code, va_list *arguments) noexcept
+{
+    switch (code) {
+    case 'i':
+        return g_variant_new_int32(va_arg(*arguments, gint32));
+    case 'u':
+        return g_variant_new_uint32(va_arg(*arguments, guint32));
+    case 't':
+        return g_variant_new_uint64(va_arg(*arguments, guint64));
+    default:
+        return g_variant_new_string(va_arg(*arguments, const char *));
+    }
+}
+
+/// The arguments of a request, by the codes between its parentheses. Each is made by itself: g_variant_new_va() would
+/// read the format once per argument, and build the tuple's type beside the tuple.
+GVariant *packed(std::string_view request, va_list *arguments) noexcept
+{
+    GVariant *members[most_sent];
+    std::size_t count = 0;
+    for (const char code : request.substr(1, request.size() - 2))
+        members[count++] = packed_next(code, arguments);
+    return g_variant_new_tuple(members, count);
+}
+
 } // namespace
 
 bool exchange(GDBusProxy *proxy, const char *method, const char *request, const char *reply, GError **error,
@@ -28,7 +54,7 @@ bool exchange(GDBusProxy *proxy, const char *method, const char *request, const 
 {
     va_list arguments;
     va_start(arguments, error);
-    GVariant *sent = g_variant_new_va(request, nullptr, &arguments);
+    GVariant *sent = packed(request, &arguments);
     const OwnedVariant answer(
         g_dbus_proxy_call_sync(proxy, method, sent, G_DBUS_CALL_FLAGS_NONE, bus_default, nullptr, error));
     const bool is_of_type = answer && g_variant_check_format_string(answer.get(), reply, FALSE) != FALSE;
@@ -44,7 +70,7 @@ void send(GDBusProxy *proxy, const char *method, const char *request, ...) noexc
 {
     va_list arguments;
     va_start(arguments, request);
-    GVariant *sent = g_variant_new_va(request, nullptr, &arguments);
+    GVariant *sent = packed(request, &arguments);
     va_end(arguments);
     g_dbus_proxy_call(proxy, method, sent, G_DBUS_CALL_FLAGS_NONE, bus_default, nullptr, nullptr, nullptr);
 }

@@ -3,9 +3,14 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <gio/gio.h>
 
 namespace pvr {
+
+/// How many arguments a request has at most.
+inline constexpr std::size_t most_sent = 8;
+
 namespace detail {
 
 // The type code of a generated function's parameter, by which way it goes; 0 for those that stay here.
@@ -41,6 +46,7 @@ struct Formats;
 
 template <typename Outcome, typename... Parameters>
 struct Formats<Outcome(Parameters...)> {
+    static_assert((std::size_t{sent<Parameters> != 0} + ...) <= most_sent);
     static constexpr auto request = spelled(std::array{sent<Parameters>...});
     static constexpr auto reply = spelled(std::array{received<Parameters>...});
     static constexpr bool has_container = ((received<Parameters> == '?') || ...);

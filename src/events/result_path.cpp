@@ -177,9 +177,11 @@ void receive_result(Here here, GVariant *parameters) noexcept
                          parameters != nullptr ? g_variant_get_type_string(parameters) : "null");
         return;
     }
-    std::int32_t method = 0;
-    OwnedVariant inner;
-    g_variant_get(parameters, "(iv)", &method, inner.slot());
+    // Member by member: g_variant_get() would read the format once per member.
+    const OwnedVariant method_value(g_variant_get_child_value(parameters, 0));
+    const OwnedVariant boxed(g_variant_get_child_value(parameters, 1));
+    const std::int32_t method = g_variant_get_int32(method_value.get());
+    const OwnedVariant inner(g_variant_get_variant(boxed.get()));
     const char *name = _get_pvr_macro_name(ps_method_e_str, method);
     PLAIN_INFO_AT(here, "Receive   >>>>>>    [command: %s|%d]\n", name, method);
     PLAIN_INFO_AT(here, "[to_pvr_app:%p][to_pvr_app_point:%p][to_other_apps:%p][to_pvr_get_state:%p]\n",

@@ -46,15 +46,18 @@ struct Image {
     std::size_t size = 0; ///< what there was of both
 };
 
-/// Reads all there is in one go, straight into the record where that is what the file holds. A file that somebody else
-/// keeps locked is read if it is an older one.
+/// Reads all there is in one go, straight into the record where that is what the file holds, and clears what of the
+/// record is not read. A file that somebody else keeps locked is read if it is an older one.
 void read_image(Measured &inf, bool is_locked, Image &image) noexcept
 {
-    if (!inf.file || (!is_locked && older_generation(inf.size) == nullptr))
-        return;
-    image.size = inf.file.read(&image.info, sizeof image.info, image.rest, sizeof image.rest);
+    const bool is_readable = inf.file && (is_locked || older_generation(inf.size) != nullptr);
+    if (is_readable)
+        image.size = inf.file.read(&image.info, sizeof image.info, image.rest, sizeof image.rest);
+    const std::size_t filled = std::min(image.size, sizeof image.info);
+    std::memset(reinterpret_cast<unsigned char *>(&image.info) + filled, 0, sizeof image.info - filled);
+
     const auto expected = std::min(static_cast<std::size_t>(inf.size), sizeof image.info + sizeof image.rest);
-    if (is_locked && image.size != expected)
+    if (is_readable && is_locked && image.size != expected)
         inf.size = inf.file.size(); // it has changed before it was locked; nobody changes it any more
 }
 
@@ -149,7 +152,6 @@ int svc_pvr_get_pvr_file_info(const char *file_path, pvr_file_info_s *info) noex
         return Call::refused(PLAIN_FAILURE("invalid file[%s]\n", file_path));
     if (info == nullptr)
         return Call::refused(PLAIN_FAILURE("there is no record to fill\n"));
-    *info = {};
 
     SidePath path = SidePath::with_extension(file_path, "inf");
     const bool is_timeshift = std::string_view(file_path) == "timeshift.tmp";
@@ -164,6 +166,7 @@ int svc_pvr_get_pvr_file_info(const char *file_path, pvr_file_info_s *info) noex
         const SidePath backup = SidePath::with_suffix(path.c_str(), ".bak");
         const long size = _get_file_size(path.c_str()); // deliberately not the backup's
         if (size == 0) {
+            *info = {};
             PLAIN_FAILURE("file size[%ld] of bak inf file is still not valid\n", size);
             return Call::refused(PLAIN_FAILURE("failed to get file size from inf file and bak inf file\n"));
         }

@@ -1,8 +1,6 @@
 #include "bus/row_shapes.h"
 
-#include <cstring>
 #include <gtest/gtest.h>
-#include <iterator>
 #include <utility>
 
 using namespace support;
