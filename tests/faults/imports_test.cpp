@@ -54,7 +54,8 @@ const LeftAlone left_alone[] = {
      {"g_dbus_proxy_get_name_owner", "g_idle_source_new", "g_main_context_push_thread_default",
       "g_main_context_ref_thread_default", "g_set_error", "g_signal_connect_data", "g_source_attach",
       "g_source_set_callback", "g_variant_get", "g_variant_get_child", "g_variant_get_child_value", "g_variant_get_va",
-      "g_variant_new_va"}},
+      "g_variant_get_variant", "g_variant_new_int32", "g_variant_new_string", "g_variant_new_tuple",
+      "g_variant_new_uint32", "g_variant_new_uint64"}},
     {platform,
      {"_ZN6CA_API9CAService13CAPVRInstanceEv", "__dlog_print", "system_info_get_custom_bool",
       "system_info_get_custom_int", "system_info_get_value_int"}},
@@ -68,7 +69,7 @@ const LeftAlone left_alone[] = {
     {compiler,
      {"_ITM_deregisterTMCloneTable", "_ITM_registerTMCloneTable", "_Unwind_Resume", "_ZSt19__throw_logic_errorPKc",
       "_ZSt20__throw_system_errori", "_ZSt24__throw_out_of_range_fmtPKcz", "__cxa_begin_catch", "__cxa_end_catch",
-      "__cxa_finalize", "__cxa_guard_acquire", "__cxa_guard_release", "__gmon_start__", "__gxx_personality_v0"}},
+      "__cxa_finalize", "__gmon_start__", "__gxx_personality_v0"}},
 };
 
 std::set<std::string> imported()

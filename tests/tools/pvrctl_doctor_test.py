@@ -57,7 +57,8 @@ class Examining(PvrctlTest):
         """The installed library under another name; the loader is told to take it."""
         shutil.copy(OPTIONS.installed_library, self.folder / name)
         (self.folder / "libpvr-service-api.so.1").symlink_to(name)
-        self.environment["LD_LIBRARY_PATH"] = str(self.folder)
+        # It looks for the platform beside where it was built.
+        self.environment["LD_LIBRARY_PATH"] = f"{self.folder}:{OPTIONS.stand_ins}"
 
 
 class DoctorSound(SandboxedTest, Examining):
@@ -308,4 +309,4 @@ class DoctorOtherServices(ScriptedTest, Examining):
 
 
 if __name__ == "__main__":
-    main("installed-library", "bus-owner", "other-records")
+    main("installed-library", "stand-ins", "bus-owner", "other-records")
