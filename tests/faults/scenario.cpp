@@ -34,6 +34,8 @@ using namespace support;
 namespace faults {
 namespace {
 
+constexpr int patience = 20'000; ///< milliseconds, for what other threads and processes do in their own time
+
 /// What a process tells the one that made it.
 struct Shared {
     Tally tally;
@@ -186,9 +188,13 @@ private:
         scenario_.prepare(stage_);
         std::string next;
         // A loss is noticed by the call that meets it, and where the fault was met unnoticed, that is this one.
-        const int tries = is_of_the_wire(fault.way->kind) ? 10 : 1;
-        for (int i = 0; i < tries && next != scenario_.good; ++i)
+        // That the service is back reaches us when it reaches us.
+        const int tries = is_of_the_wire(fault.way->kind) ? patience : 1;
+        for (int i = 0; i < tries && next != scenario_.good; ++i) {
+            if (i > 2)
+                usleep(1000);
             next = scenario_.call(stage_);
+        }
         EXPECT_EQ(next, scenario_.good) << "the next call, without a fault: " << testing::PrintToString(logged_lines());
     }
 
@@ -206,7 +212,7 @@ void with_player(const Scenario &scenario, const std::function<void(Player &)> &
         play(player);
         svc_pvr_service_destroy();
     }
-    for (int i = 0; i < 2000 && descriptors() != before; ++i) { // GDBus closes connections on a thread of its own
+    for (int i = 0; i < patience && descriptors() != before; ++i) { // GDBus closes connections on a thread of its own
         g_main_context_iteration(nullptr, FALSE);
         usleep(1000);
     }
