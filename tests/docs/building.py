@@ -10,7 +10,7 @@ from shell import Failure
 # Options that cmake and ctest have always had.
 KNOWN = {
     "cmake": {"--preset", "--build", "--target", "--fresh", "--toolchain"},
-    "ctest": {"--test-dir", "-R", "--output-on-failure"},
+    "ctest": {"--test-dir", "-R", "--output-on-failure", "--verbose"},
 }
 
 
