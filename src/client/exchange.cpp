@@ -22,28 +22,28 @@ void report_type(GError **error, const char *method, GVariant *value, std::strin
                 method, g_variant_get_type_string(value), expected);
 }
 
-GVariant *packed_next(char code, va_list *arguments) noexcept
-{
-    switch (code) {
-    case 'i':
-        return g_variant_new_int32(va_arg(*arguments, gint32));
-    case 'u':
-        return g_variant_new_uint32(va_arg(*arguments, guint32));
-    case 't':
-        return g_variant_new_uint64(va_arg(*arguments, guint64));
-    default:
-        return g_variant_new_string(va_arg(*arguments, const char *));
-    }
-}
-
 /// The arguments of a request, by the codes between its parentheses. Each is made by itself: g_variant_new_va() would
 /// read the format once per argument, and build the tuple's type beside the tuple.
 GVariant *packed(std::string_view request, va_list *arguments) noexcept
 {
     GVariant *members[most_sent];
     std::size_t count = 0;
-    for (const char code : request.substr(1, request.size() - 2))
-        members[count++] = packed_next(code, arguments);
+    for (const char code : request.substr(1, request.size() - 2)) {
+        GVariant *&member = members[count++];
+        switch (code) {
+        case 'i':
+            member = g_variant_new_int32(va_arg(*arguments, gint32));
+            break;
+        case 'u':
+            member = g_variant_new_uint32(va_arg(*arguments, guint32));
+            break;
+        case 't':
+            member = g_variant_new_uint64(va_arg(*arguments, guint64));
+            break;
+        default:
+            member = g_variant_new_string(va_arg(*arguments, const char *));
+        }
+    }
     return g_variant_new_tuple(members, count);
 }
 
