@@ -85,6 +85,14 @@ void lose_the_bus(GDBusProxy *proxy) noexcept
     shutdown(g_socket_get_fd(socket), SHUT_RDWR);
 }
 
+/// GDBus learns of the end on a thread of its own: whoever comes next is to find the connection closed, not about to
+/// be.
+void await_the_end(GDBusProxy *proxy) noexcept
+{
+    while (g_dbus_connection_is_closed(g_dbus_proxy_get_connection(proxy)) == FALSE)
+        usleep(1000);
+}
+
 } // namespace
 
 // ---- files
@@ -372,6 +380,8 @@ EXPORTED GVariant *g_dbus_proxy_call_sync(GDBusProxy *proxy, const gchar *method
     else if (due)
         service().misbehave(due->effect, method);
     GVariant *const answer = real(proxy, method, arguments, flags, timeout, cancellable, error);
+    if (due && due->effect == Effect::loses_the_bus)
+        await_the_end(proxy);
     if (due)
         service().behave(method);
     return answer;
@@ -382,7 +392,10 @@ EXPORTED void g_dbus_proxy_call(GDBusProxy *proxy, const gchar *method, GVariant
 {
     static auto *const real = next<void(GDBusProxy *, const gchar *, GVariant *, GDBusCallFlags, gint, GCancellable *,
                                         GAsyncReadyCallback, gpointer)>("g_dbus_proxy_call");
-    if (strike(Kind::post, CALLER))
+    const auto due = strike(Kind::post, CALLER);
+    if (due)
         lose_the_bus(proxy);
     real(proxy, method, arguments, flags, timeout, cancellable, callback, data);
+    if (due)
+        await_the_end(proxy);
 }
