@@ -10,7 +10,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <exception>
 #include <string_view>
 #include <system_info.h>
 
@@ -163,10 +162,5 @@ int main(int argc, char **argv)
         std::fputs("set G_SLICE=always-malloc: GLib's own allocator would hide most blocks\n", stderr);
         return 2;
     }
-    try {
-        return run(parse(argc, argv, default_rounds));
-    } catch (const std::exception &failure) {
-        std::fprintf(stderr, "%s\n", failure.what());
-        return 2;
-    }
+    return measured([&] { return run(parse(argc, argv, default_rounds)); });
 }

@@ -6,8 +6,6 @@
 #include <cerrno>
 #include <chrono>
 #include <cstdint>
-#include <cstdio>
-#include <exception>
 #include <fcntl.h>
 #include <filesystem>
 #include <stdexcept>
@@ -127,10 +125,5 @@ int run(const Options &options)
 
 int main(int argc, char **argv)
 {
-    try {
-        return run(parse(argc, argv, default_rounds));
-    } catch (const std::exception &failure) {
-        std::fprintf(stderr, "%s\n", failure.what());
-        return 2;
-    }
+    return measured([&] { return run(parse(argc, argv, default_rounds)); });
 }

@@ -6,7 +6,6 @@
 
 #include <array>
 #include <cstdint>
-#include <cstdio>
 #include <ctime>
 #include <stdexcept>
 #include <string>

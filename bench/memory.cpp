@@ -3,8 +3,6 @@
 #include "rounds.h"
 #include "signals.h"
 
-#include <cstdio>
-#include <exception>
 #include <fstream>
 #include <unistd.h>
 
@@ -49,13 +47,10 @@ void grow(State &state)
 
 int main(int argc, char **argv)
 {
-    try {
+    return measured([&] {
         // What is kept grows in every round; now and then the allocator takes another page for itself.
         const Options options = parse(argc, argv, 3);
         const PrivateBus bus;
         return run_rounds({{{"memory/growth", grow, in_all / signals_at_once}}}, options);
-    } catch (const std::exception &failure) {
-        std::fprintf(stderr, "%s\n", failure.what());
-        return 2;
-    }
+    });
 }

@@ -1,39 +1,32 @@
-// The same call through libraries other than GDBus: what another choice would have cost.
+// The same call through libraries other than GDBus, on a connection of its own: what another choice would have cost.
 #pragma once
 
 #include <dbus/dbus.h>
+#include <memory>
 #include <systemd/sd-bus.h>
 
 namespace bench {
 
-/// On a connection of its own.
+void close_connection(DBusConnection *connection);
+
 class SdBusCaller {
 public:
     SdBusCaller();
-    ~SdBusCaller();
-    SdBusCaller(const SdBusCaller &) = delete;
-    SdBusCaller &operator=(const SdBusCaller &) = delete;
-
     /// True when it succeeded.
     bool play_start() noexcept;
 
 private:
-    sd_bus *bus_ = nullptr;
+    std::unique_ptr<sd_bus, decltype(&sd_bus_flush_close_unref)> bus_{nullptr, sd_bus_flush_close_unref};
 };
 
-/// On a connection of its own.
 class LibdbusCaller {
 public:
     LibdbusCaller();
-    ~LibdbusCaller();
-    LibdbusCaller(const LibdbusCaller &) = delete;
-    LibdbusCaller &operator=(const LibdbusCaller &) = delete;
-
     /// True when it succeeded.
     bool play_start() noexcept;
 
 private:
-    DBusConnection *connection_ = nullptr;
+    std::unique_ptr<DBusConnection, decltype(&close_connection)> connection_;
 };
 
 } // namespace bench

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <fstream>
 #include <random>
 #include <string>
@@ -113,6 +114,16 @@ int run_rounds(std::vector<Group> groups, const Options &options)
     reporter.finish();
     output.flush();
     return output ? 0 : 2;
+}
+
+int measured(const std::function<int()> &run)
+{
+    try {
+        return run();
+    } catch (const std::exception &failure) {
+        std::fprintf(stderr, "%s\n", failure.what());
+        return 2;
+    }
 }
 
 } // namespace bench

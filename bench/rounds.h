@@ -30,4 +30,7 @@ Options parse(int argc, char **argv, int default_rounds);
 /// Returns the program's exit status: 0, or 2 when a subject could not be measured.
 int run_rounds(std::vector<Group> groups, const Options &options);
 
+/// Does it and returns its exit status; 2, having said why, when it throws.
+int measured(const std::function<int()> &run);
+
 } // namespace bench

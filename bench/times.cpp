@@ -13,8 +13,6 @@
 #include "pvr_gdbus_generated.h"
 #include "pvr_service_api.h"
 
-#include <cstdio>
-#include <exception>
 #include <memory>
 #include <string>
 #include <vector>
@@ -161,10 +159,5 @@ int run(const Options &options)
 
 int main(int argc, char **argv)
 {
-    try {
-        return run(parse(argc, argv, default_rounds));
-    } catch (const std::exception &failure) {
-        std::fprintf(stderr, "%s\n", failure.what());
-        return 2;
-    }
+    return measured([&] { return run(parse(argc, argv, default_rounds)); });
 }
