@@ -201,14 +201,6 @@ INSTANTIATE_TEST_SUITE_P(
                                 svc_pvr_is_show_record_banner_by_info_key}),
     [](const auto &info) { return std::string(info.param.name); });
 
-TEST(ClearThumbnailCallback, NeedsAProductThatRecordsAndNoService)
-{
-    EXPECT_EQ(svr_pvr_clear_thumbnail_callback(), PS_SUCCESS);
-    EXPECT_EQ(logged().front().function, "svr_pvr_clear_thumbnail_callback");
-    set_product(Product::does_not_record);
-    EXPECT_EQ(svr_pvr_clear_thumbnail_callback(), PS_CALL_METHOD_FAILED);
-}
-
 TEST(Retired, CallsAnswerSuccessAndDoNothing)
 {
 #pragma GCC diagnostic push

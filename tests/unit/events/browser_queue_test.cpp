@@ -1,4 +1,7 @@
 #include "events/browser_queue.h"
+#include "pvr_service_api.h"
+#include "support/log_capture.h"
+#include "support/platform.h"
 
 #include <cstddef>
 #include <cstdlib>
@@ -100,6 +103,22 @@ TEST_F(BrowserQueue, IsCancelledForGood)
     EXPECT_FALSE(cancelCallback);
     queued(3);
     cancel_browser_queue();
+    EXPECT_TRUE(in_queue().empty());
+    EXPECT_TRUE(cancelCallback);
+}
+
+TEST_F(BrowserQueue, IsClearedByTheExportedCallWhereTheProductRecords)
+{
+    const std::vector<BrowserNode *> nodes = queued(2);
+    support::set_product(support::Product::does_not_record);
+    EXPECT_EQ(svr_pvr_clear_thumbnail_callback(), PS_CALL_METHOD_FAILED);
+    EXPECT_EQ(in_queue(), nodes);
+    EXPECT_FALSE(cancelCallback);
+
+    support::set_product(support::Product::records);
+    support::logged();
+    EXPECT_EQ(svr_pvr_clear_thumbnail_callback(), PS_SUCCESS);
+    EXPECT_EQ(support::logged().front().function, "svr_pvr_clear_thumbnail_callback");
     EXPECT_TRUE(in_queue().empty());
     EXPECT_TRUE(cancelCallback);
 }
