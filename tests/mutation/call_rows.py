@@ -23,15 +23,16 @@ class Row:
         body = self.body[:start] + text + self.body[end:]
         if body != self.body and all(body != known.text for known in self.mutants):
             old = " ".join(self.body[start:end].split())
-            self.mutants.append(Mutant(self.table, self.name, column, f"{old[:70]} -> {' '.join(text.split())[:70] or 'nothing'}",
-                                       self.tests, text=body))
+            change = f"{old[:70]} -> {' '.join(text.split())[:70] or 'nothing'}"
+            self.mutants.append(Mutant(self.table, self.name, column, change, self.tests, text=body))
 
     def other(self, column, span):
         if not ADDRESS.search(self.body[slice(*span)]):
             self.change(column, span, f"::mutation::other({self.body[slice(*span)]})")
 
     def all_mutants(self):
-        for kind in (self.requests, self.rules, self.log_lines, self.conditions, self.removals, self.returns, self.constants):
+        for kind in (self.requests, self.rules, self.log_lines, self.conditions, self.removals, self.returns,
+                     self.constants):
             kind()
         return self.mutants
 
@@ -90,7 +91,8 @@ class Row:
     def removals(self):
         for start, end in statements(self.body):
             text = self.body[start:end]
-            is_call = re.match(r"(svc_|[\w:]+(?:<[\w:]+>)?|[\w.]+)\(", text) and not text.startswith(("return", "static_cast"))
+            is_call = (re.match(r"(svc_|[\w:]+(?:<[\w:]+>)?|[\w.]+)\(", text) and
+                       not text.startswith(("return", "static_cast")))
             is_assignment = re.match(r"[*\w.\[\]]+ = ", text)
             if is_call or is_assignment:
                 self.change("effect", (start, end), ";")

@@ -104,7 +104,8 @@ class Planter:
             store = "inline " if "inline" in bare[start:spans[0][0]] else ""
             pieces = [(f"{store}constexpr {table.element} {table.name}_plain[] = {{{plain}}};\n"
                        f"{store}constexpr ::mutation::Change<{table.element}> {table.name}_changes[] = {{\n", 0)]
-            pieces += [(f"{{{mutant.number}, {mutant.cell[0]}, {mutant.cell[1]}}},\n", mutant.number) for mutant in mutants]
+            pieces += [(f"{{{mutant.number}, {mutant.cell[0]}, {mutant.cell[1]}}},\n", mutant.number)
+                       for mutant in mutants]
             pieces += [(f"{{}}}};\n{store}{table.element} const (&{table.name})[{len(spans)}] = "
                         f"::mutation::changed({table.name}_plain, {table.name}_changes);", 0)]
             source.replace(start, end, pieces)
@@ -138,8 +139,8 @@ class Planter:
         pieces = [(check("sound") + "\n", 0)]
         for table, (_, mutants) in found.items():
             if table.check:
-                pieces += [(f"{check(f'sound_{mutant.number}', mutant)} static_assert(sound_{mutant.number}());\n", mutant.number)
-                           for mutant in mutants]
+                pieces += [(f"{check(f'sound_{mutant.number}', mutant)} static_assert(sound_{mutant.number}());\n",
+                            mutant.number) for mutant in mutants]
         source.replace(match.start(), end + 1, pieces)
 
     def planted(self, refused):
@@ -155,11 +156,13 @@ class Planter:
 
 def family_tests(file):
     """What is likely to notice a change in a function of a file, besides the tests that bear the function's name."""
-    return {"retired.cpp": "Retired", "local_answers.cpp": "LocalCalls|Autohighlight|ClearThumbnail|SessionCalls",
+    return {"retired.cpp": "Retired",
+            "local_answers.cpp": "LocalCalls|Autohighlight|BrowserQueue|SessionCalls",
             "rights.cpp": "EachRight|ViewingRights|Rights", "error_texts.cpp": "ErrorTexts|SupportCheck",
-            "recording.cpp": "RemainingTime|StopPvrSync", "channels.cpp": "GetChannelInfo|svc_pvr_get_channel_info", "status.cpp": "IsSupportPvr",
-            "recording_state.cpp": "RecordingsWithoutTimeshift|GetRecordingInfo", "devices.cpp": "GetDeviceInfo|LocalCalls|Sizes",
-            "playback.cpp": "LocalCalls", "recording_files.cpp": "RemoveInf",
+            "recording.cpp": "RemainingTime|StopPvrSync", "channels.cpp": "GetChannelInfo|svc_pvr_get_channel_info",
+            "status.cpp": "IsSupportPvr", "recording_state.cpp": "RecordingsWithoutTimeshift|GetRecordingInfo",
+            "devices.cpp": "GetDeviceInfo|LocalCalls|Sizes", "playback.cpp": "LocalCalls",
+            "recording_files.cpp": "RemoveInf",
             "callbacks.cpp": "Regist|Callbacks|Handler|SignalList|EachSlot|Signals|Library|Sizes"}.get(file, file)
 
 
@@ -175,10 +178,12 @@ def collected(tree):
         if "\nint svc_pvr_" not in text or file.name == "session.cpp":
             continue  # no rows
         family = family_tests(file.name)
-        wanted = r"(svc|svr)_pvr_|get_size_of_|store_channel_info$|retired$|register_checked|unregister_|store_in_list|remove_from_list"
+        wanted = (r"(svc|svr)_pvr_|get_size_of_|store_channel_info$|retired$|"
+                  r"register_checked|unregister_|store_in_list|remove_from_list")
         planter.plant_functions(str(relative), call_rows.mutants_of(
             file, text, wanted, neighbours,
-            lambda name: [rf"SendItsRequest.*/{name}(?![a-z_])", rf"(LeaveOutputs|AskTheService|KeepTheServices).*/{name}(?![a-z_])",
+            lambda name: [rf"SendItsRequest.*/{name}(?![a-z_])",
+                          rf"(LeaveOutputs|AskTheService|KeepTheServices).*/{name}(?![a-z_])",
                           rf"/{name}(?![a-z_])", family]))
     for table in tables.CODES:
         planter.plant_codes(table)

@@ -9,9 +9,10 @@ from mutants import Mutant
 RULE_TESTS = [r"^unit/.*(Judged|Answer)", r"SendItsRequest.*/svc_pvr_(set_keep_state_flag|format|mkdir|stop_playing_sync|"
               r"get_recording_type_by_service_id|precheck_recording_available|play_pause)$",
               r"(LeaveOutputs|KeepTheServices).*/svc_pvr_(set_keep_state_flag|format|mkdir|stop_playing_sync|"
-              r"get_recording_type_by_service_id|precheck_recording_available|play_pause|get_handle)$", "SessionCalls|LocalCalls"]
-EXCHANGE_TESTS = [r"SendItsRequest.*/svc_pvr_(play_pause|get_handle_for_record)$", r"TakeAReply.*/svc_pvr_(get_handle|play_pause)$",
-                  r"LeaveOutputs.*/svc_pvr_play_pause$", "StopPvrSync"]
+              r"get_recording_type_by_service_id|precheck_recording_available|play_pause|get_handle)$",
+              "SessionCalls|LocalCalls"]
+EXCHANGE_TESTS = [r"SendItsRequest.*/svc_pvr_(play_pause|get_handle_for_record)$",
+                  r"TakeAReply.*/svc_pvr_(get_handle|play_pause)$", r"LeaveOutputs.*/svc_pvr_play_pause$", "StopPvrSync"]
 RULE = r".*_rule$|judged$|judged_and_logged$"
 
 
@@ -23,12 +24,13 @@ def neighbours(wire, interface):
     """For each method the next one that takes and gives the same; the next one at all when there is none."""
     types = {}
     for method in xml.etree.ElementTree.fromstring(interface).iter("method"):
-        types[method.get("name")] = tuple((argument.get("direction"), argument.get("type")) for argument in method.iter("arg"))
+        types[method.get("name")] = [(argument.get("direction"), argument.get("type")) for argument in method.iter("arg")]
     rows = wire_rows(wire)
     found = {}
     for i, name in enumerate(rows):
         following = rows[i + 1:] + rows[:i]
-        found[f"wire::{name}"] = "wire::" + next((other for other in following if types[other] == types[name]), following[0])
+        alike = (other for other in following if types[other] == types[name])
+        found[f"wire::{name}"] = "wire::" + next(alike, following[0])
     return found
 
 
@@ -54,10 +56,12 @@ def plant_wire(planter):
         tests = [rf"SendItsRequest.*/({'|'.join(users.get(name, ['unused']))})(?![a-z_])", "StopPvrSync"]
         kind = f"Remote<decltype(org_vexan_tv_pvr_call_{name}{'' if match[1] else '_sync'})>"
         tail = f', "{contents}"' if contents else ""
-        mutants = [Mutant("wire.h", name, "name", f"{name} -> {following}", tests, text=f'{kind}{{"{following}"{tail}}}')]
+        mutants = [Mutant("wire.h", name, "name", f"{name} -> {following}", tests,
+                          text=f'{kind}{{"{following}"{tail}}}')]
         if contents:
             wrong = contents[:-1] + "i)"
-            mutants.append(Mutant("wire.h", name, "type", f"{contents} -> {wrong}", tests, text=f'{kind}{{"{name}", "{wrong}"}}'))
+            mutants.append(Mutant("wire.h", name, "type", f"{contents} -> {wrong}", tests,
+                                  text=f'{kind}{{"{name}", "{wrong}"}}'))
         planter.number(mutants)
         chosen = "".join(f"::mutation::told() == {mutant.number} ? {mutant.text} : " for mutant in mutants)
         source.replace(*match.span(), [(f'inline const {kind} {name} = {chosen}{kind}{{"{name}"{tail}}};', 0)])
@@ -75,9 +79,10 @@ def plant_log_lines(planter):
                     ("priority", forward, {"error": "info", "info": "debug", "debug": "info"}[priority], head),
                     ("process", other, priority, other_head)]
         tests = [r"^unit/.*LogLine"]
-        mutants = planter.number([Mutant("log.h", name, column, f"{priority}, {head} -> {new_forward}, {new_priority}, {new_head}",
-                                         tests, text=f'PVR_LOG_LINE({new_forward}, {here}, {new_priority}, "{new_head}", __VA_ARGS__)')
-                                  for column, new_forward, new_priority, new_head in variants])
+        mutants = planter.number([
+            Mutant("log.h", name, column, f"{priority}, {head} -> {new_forward}, {new_priority}, {new_head}", tests,
+                   text=f'PVR_LOG_LINE({new_forward}, {here}, {new_priority}, "{new_head}", __VA_ARGS__)')
+            for column, new_forward, new_priority, new_head in variants])
         chosen = "".join(f"::mutation::active() == {mutant.number} ? {mutant.text} : " for mutant in mutants)
         planted = match[0][:match.start(3) - match.start()] + f"({chosen}{line})"
         source.replace(*match.span(), [(f"#ifdef PVR_PLANTED_LOG_LINES\n{planted}\n#else\n{match[0]}\n#endif", 0)])
@@ -93,7 +98,8 @@ def plant_digits(planter):
         mutants = [Mutant(match[2], f"character {code}", "value", "a digit is none, and what is none is a zero",
                           [r"^unit/.*Hexadecimal"]) for code in range(256)]
         planter.number(mutants)
-        source.replace(*match.span(), [(f"const {match[1]} = ::mutation::with_entry({match[3]}, {mutants[0].number}, no_digit);", 0)])
+        changed = f"const {match[1]} = ::mutation::with_entry({match[3]}, {mutants[0].number}, no_digit);"
+        source.replace(*match.span(), [(changed, 0)])
     for match in re.finditer(r"^static_assert\((?:first|second)_digits[^;]*;", source.original, re.M):
         source.replace(*match.span(), [("", 0)])  # the tests are to notice by themselves
 
@@ -107,7 +113,8 @@ class RuleRow(Row):
         return self.mutants
 
     def outcomes(self):
-        swapped = {"PS_SUCCESS": "PS_CALL_METHOD_FAILED", "PS_CALL_METHOD_FAILED": "PS_SUCCESS", "true": "false", "false": "true"}
+        swapped = {"PS_SUCCESS": "PS_CALL_METHOD_FAILED", "PS_CALL_METHOD_FAILED": "PS_SUCCESS",
+                   "true": "false", "false": "true"}
         for match in re.finditer(r"\b(PS_SUCCESS|PS_CALL_METHOD_FAILED|true|false)\b", self.body):
             self.change("outcome", match.span(), swapped[match[0]])
         for match in re.finditer(r"\b(is_delivered_|is_of_type|session\(\)) ?(?=[;?])", self.body):
@@ -133,15 +140,16 @@ class RuleRow(Row):
 
 def plant_rules(planter):
     """The rules, and the one function that all messages go through."""
-    for file, wanted, tests in [("src/client/call.h", RULE, RULE_TESTS), ("src/client/call.cpp", "Call::session_rule$", RULE_TESTS),
+    for file, wanted, tests in [("src/client/call.h", RULE, RULE_TESTS),
+                                ("src/client/call.cpp", "Call::session_rule$", RULE_TESTS),
                                 ("src/client/exchange.cpp", "exchange$|send$|report_type$", EXCHANGE_TESTS)]:
         source = planter.source(file)
         bare = without_comments(source.original)
         found = []
         for name, result, span in functions(bare, ("", "    ")):
             if re.match(wanted, name):
-                mutants = RuleRow(bare[slice(*span)], {}, f"rules of {file.rpartition('/')[2]}", name, tests).all_mutants()
-                found.append((span, result, mutants))
+                rules = RuleRow(bare[slice(*span)], {}, f"rules of {file.rpartition('/')[2]}", name, tests)
+                found.append((span, result, rules.all_mutants()))
         planter.plant_functions(file, found)
     plant_publication(planter)
 

@@ -37,8 +37,8 @@ def places(cell, _):
     for i, member in enumerate(inner):
         if member in numbers:
             changed.append(inner[:i] + [numbers[(numbers.index(member) + 1) % len(numbers)]] + inner[i + 1:])
-        changed.append(inner[:i] + ["location" if member == "mnt_path" else "mnt_path" if member == "location" else "ignored"] +
-                       inner[i + 1:])
+        of_another_type = {"mnt_path": "location", "location": "mnt_path"}.get(member, "ignored")
+        changed.append(inner[:i] + [of_another_type] + inner[i + 1:])
     changed += [inner[:-1], inner + ["ignored"]] if len(inner) < 6 else [inner[:-1]]
     return ["{" + ", ".join(row) + "}" for row in changed if row != inner]
 
@@ -60,7 +60,8 @@ class Table:
     missing: dict = dataclasses.field(default_factory=dict)  # cells that rows may leave out
 
 
-CODES = [Table("src/events/names.cpp", name, "NamedCode", [("code and name", named)], [rf"^unit/.*{test}"], check="", prefix=r"NAMED\(")
+CODES = [Table("src/events/names.cpp", name, "NamedCode", [("code and name", named)], [rf"^unit/.*{test}"], check="",
+               prefix=r"NAMED\(")
          for name, test in [("ps_signal_type_e_str", "SignalTypes"), ("ps_play_state_e_str", "PlayStates"),
                             ("ps_record_state_e_str", "RecordStates"), ("ps_record_type_e_str", "RecordTypes"),
                             ("ps_third_part_method_e_str", "CodesForOther"), ("ps_third_part_command_e_str", "CodesForOther"),
@@ -71,7 +72,7 @@ OLDER_TESTS = [r"^unit/.*(OlderGenerations|GoldenFiles)", r"^unit/.*InfoReader"]
 TABLES = CODES + [
     Table("src/events/result_rows.h", "table", "ResultRow",
           [("method", plus_one), ("signature", signature), ("places", places), ("app", next_other), ("others", next_other)],
-          [r"^bus/.*EachResult", r"^bus/.*Results"]),
+          [r"^bus/.*EachResult", r"^bus/.*Results", r"^unit/Subscribe"]),
     Table("src/client/error_texts.cpp", "rows", "Row", [("first", plus_one), ("last", plus_one), ("id", next_other)],
           [r"^unit/.*ErrorTexts"]),
     Table("src/files/older_generations.cpp", "file_sizes", "FileSize", [("bytes", plus_one), ("generation", next_other)],
@@ -89,7 +90,8 @@ def rows_of(source, table):
     """The span of a table's definition, that of what stands within its braces, and the spans of its rows."""
     match = re.search(rf"^[^\n]*\b{table.name}\[\] = \{{", source, re.M)
     start, end = match.end(), closing(source, match.end() - 1)
-    return (match.start(), end + 2), [span for span in cells(source, start, end) if re.match(table.prefix, source[slice(*span)])]
+    rows = [span for span in cells(source, start, end) if re.match(table.prefix, source[slice(*span)])]
+    return (match.start(), end + 2), rows
 
 
 def cells_of(row, table):
