@@ -2,8 +2,6 @@
 #include "pvr_service_api.h"
 #include "support/little_endian.h"
 
-#include <cstring>
-#include <gtest/gtest.h>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -115,25 +113,3 @@ const std::vector<RemoteCall> rows{
 } // namespace
 
 std::vector<RemoteCall> channel_calls() { return joined({rows, {get_channel_info}}); }
-
-TEST(GetChannelInfo, RefusesANullRecordOnceTheServiceHasAnswered)
-{
-    ScriptedService service;
-    service.script("get_channel_info", answers(get_channel_info.outcomes.front().answer));
-    ASSERT_EQ(svc_pvr_service_init(), PS_SESSION_READY);
-    logged();
-    EXPECT_EQ(svc_pvr_get_channel_info(wide_id, nullptr), PS_CALL_METHOD_FAILED);
-    EXPECT_EQ(service.requests(), std::vector{get_channel_info.request});
-    EXPECT_EQ(logged_lines().back(), plain_entry("[return PS_CALL_METHOD_FAILED]"));
-}
-
-TEST(GetChannelInfo, AddsNoTerminatorToItsTexts)
-{
-    ScriptedService service;
-    service.script("get_channel_info", answers(get_channel_info.outcomes[2].answer));
-    channel_info info;
-    std::memset(&info, '#', sizeof info);
-    ASSERT_EQ(svc_pvr_get_channel_info(1, &info), PS_SUCCESS);
-    EXPECT_EQ(text_of(info.channel_name, sizeof info.channel_name), long_name.substr(0, 254) + "#");
-    EXPECT_EQ(text_of(info.program_title, sizeof info.program_title), long_name.substr(0, 254) + "#");
-}

@@ -3,7 +3,6 @@
 #include "support/little_endian.h"
 
 #include <cstring>
-#include <gtest/gtest.h>
 #include <ostream>
 #include <vector>
 
@@ -153,28 +152,4 @@ std::vector<RemoteCall> device_calls()
     return joined({rows,
                    {get_device_info, get_default_rec_device, get_rec_dev_capacity, get_rec_dev_name(),
                     get_default_rec_dev_name()}});
-}
-
-TEST(GetDeviceInfo, RefusesANullRecordOnceTheServiceHasAnswered)
-{
-    ScriptedService service;
-    service.script("get_device_info", answers(get_device_info.outcomes.front().answer));
-    ASSERT_EQ(svc_pvr_service_init(), PS_SESSION_READY);
-    logged();
-    EXPECT_EQ(svc_pvr_get_device_info(9, nullptr), PS_CALL_METHOD_FAILED);
-    EXPECT_EQ(service.requests(), std::vector{get_device_info.request});
-    EXPECT_EQ(logged_lines().back(), plain_entry("[PS_CALL_METHOD_FAILED][info == NULL]"));
-}
-
-TEST(GetRecProductName, RefusesANullMountPath)
-{
-    ScriptedService service;
-    ASSERT_EQ(svc_pvr_service_init(), PS_SESSION_READY);
-    logged();
-    char name[255] = "untouched";
-    EXPECT_EQ(svc_pvr_get_rec_product_name(nullptr, name), PS_CALL_METHOD_FAILED);
-    EXPECT_STREQ(name, "untouched");
-    EXPECT_EQ(logged_lines(),
-              (Lines{entry("[mnt_path:(null)]"), detail(support_line(1)), failure(" The mnt_path is null")}));
-    EXPECT_EQ(service.requests(), std::vector<Request>());
 }

@@ -1,7 +1,6 @@
 // The calls that fill a list: how much they store for every room that a caller may have.
 #include "bus/row_shapes.h"
 #include "pvr_service_api.h"
-#include "support/platform.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -32,12 +31,6 @@ struct ListCall {
     bool is_count_logged_first; ///< else last, together with the length
 };
 
-template <typename T>
-std::string element(int index, T value)
-{
-    return plain_info("index[" + std::to_string(index) + "] value[" + std::to_string(value) + "]");
-}
-
 /// What an answer with these elements and this count must become in a list with room for length.
 template <typename T>
 Outcome outcome(const ListCall<T> &list, int length, const std::vector<T> &sent, int count)
@@ -54,7 +47,7 @@ Outcome outcome(const ListCall<T> &list, int length, const std::vector<T> &sent,
         lines.push_back(detail("num_of_list : " + std::to_string(count) + " "));
     outputs << count << ":";
     for (std::size_t i = 0; count > 0 && i < sent.size(); ++i) {
-        lines.push_back(element(static_cast<int>(i), sent[i])); // logged also when there is no room left
+        lines.push_back(element_line(static_cast<int>(i), sent[i])); // logged also when there is no room left
         if (static_cast<int>(i) >= length)
             break;
         outputs << " " << sent[i];
@@ -132,28 +125,19 @@ const ListCall<std::uint64_t> recordings{"svc_pvr_get_recording_service_id_list"
                                          false,
                                          true};
 
-/// What no row has, since rows are made in every process: an answer that is long.
+/// Rows with an answer that is long, and room for some of it or for all.
 template <typename T>
-void take_ten_thousand_elements(const ListCall<T> &list)
+std::vector<RemoteCall> long_rows(const ListCall<T> &list)
 {
-    SCOPED_TRACE(list.name);
     std::vector<T> many(10'000);
     std::iota(many.begin(), many.end(), T{1});
+    std::vector<RemoteCall> of_either_room;
     for (const int length : {3, 10'000}) {
-        const RemoteCall call = row(list, length);
-        const Outcome expected = outcome(list, length, many, 10'000);
-        ScriptedService service;
-        service.script(list.method, answers(expected.answer));
-        ASSERT_EQ(svc_pvr_service_init(), PS_SESSION_READY);
-        logged();
-        std::ostringstream outputs;
-        EXPECT_EQ(call.call(outputs), PS_SUCCESS);
-        EXPECT_EQ(outputs.str(), expected.outputs);
-        Lines lines{call.entry, detail(support_line(1))};
-        lines.insert(lines.end(), expected.lines.begin(), expected.lines.end());
-        EXPECT_EQ(logged_lines(), lines);
-        EXPECT_EQ(svc_pvr_service_destroy(), PS_SUCCESS);
+        RemoteCall call = row(list, length);
+        call.outcomes = {outcome(list, length, many, 10'000)};
+        of_either_room.push_back(std::move(call));
     }
+    return of_either_room;
 }
 
 } // namespace
@@ -163,105 +147,7 @@ std::vector<RemoteCall> list_calls()
     return joined({rows(handles), rows(devices), rows(recording_devices), rows(recordings)});
 }
 
-TEST(Lists, AreWalkedWholeHoweverLong)
+std::vector<RemoteCall> long_list_calls()
 {
-    take_ten_thousand_elements(handles);
-    take_ten_thousand_elements(devices);
-    take_ten_thousand_elements(recording_devices);
-    take_ten_thousand_elements(recordings);
-}
-
-namespace {
-
-/// Channels as the service lists them, and how many of them the walk stores and asks about.
-struct Walk {
-    const char *name;
-    int length;
-    std::vector<std::uint64_t> recording; ///< of the three ids 1, 2 and wide_id, those that are recorded
-    std::vector<std::uint64_t> stored;
-    int asked;
-};
-
-class RecordingsWithoutTimeshift : public testing::TestWithParam<Walk> {};
-
-const std::vector<std::uint64_t> listed{1, 2, wide_id};
-
-} // namespace
-
-TEST_P(RecordingsWithoutTimeshift, AreListedUpToTheFirstTimeshift)
-{
-    const Walk &walk = GetParam();
-    ScriptedService service;
-    service.script("get_recording_service_id_list", answers("(@at [1, 2, " + wide_id_text + "], 3)"));
-    for (const std::uint64_t id : listed) {
-        const bool is_recorded = std::find(walk.recording.begin(), walk.recording.end(), id) != walk.recording.end();
-        service.script("is_recording", "(uint64 " + std::to_string(id) + ",)", answers(is_recorded ? "(1,)" : "(0,)"));
-    }
-    ASSERT_EQ(svc_pvr_service_init(), PS_SESSION_READY);
-    logged();
-    std::vector<std::uint64_t> stored(5, 77);
-    int count = -77;
-    EXPECT_EQ(svc_pvr_get_recording_no_ts_service_id_list(stored.data(), walk.length, &count), PS_SUCCESS);
-    EXPECT_EQ(count, static_cast<int>(walk.stored.size()));
-    for (std::size_t i = 0; i < stored.size(); ++i)
-        EXPECT_EQ(stored[i], i < walk.stored.size() ? walk.stored[i] : 77);
-
-    const auto requests = service.requests();
-    ASSERT_EQ(static_cast<int>(requests.size()), 1 + walk.asked);
-    Lines lines{entry("[length:" + std::to_string(walk.length) + "]"), detail(support_line(1)),
-                detail("num_of_list : 3 ")};
-    for (int i = 0; i < walk.asked; ++i) {
-        const std::uint64_t id = listed[static_cast<std::size_t>(i)];
-        EXPECT_EQ(requests[static_cast<std::size_t>(i) + 1],
-                  request("is_recording", "t", "(uint64 " + std::to_string(id) + ",)"));
-        lines.push_back(element(i, id));
-        if (std::find(walk.recording.begin(), walk.recording.end(), id) == walk.recording.end())
-            lines.push_back(info("[value:" + std::to_string(id) + " is TimeShift]"));
-    }
-    lines.push_back(plain_info("count:" + std::to_string(count) + " "));
-    EXPECT_EQ(logged_lines(), lines);
-    EXPECT_EQ(svc_pvr_get_recording_no_ts_service_id_list(nullptr, walk.length, &count), PS_SUCCESS);
-    EXPECT_EQ(count, static_cast<int>(walk.stored.size()));
-}
-
-INSTANTIATE_TEST_SUITE_P(All, RecordingsWithoutTimeshift,
-                         testing::Values(Walk{"AllRecorded", 5, {1, 2, wide_id}, {1, 2, wide_id}, 3},
-                                         Walk{"JustEnoughRoom", 3, {1, 2, wide_id}, {1, 2, wide_id}, 3},
-                                         // one more is asked about than stored
-                                         Walk{"TooLittleRoom", 1, {1, 2, wide_id}, {1}, 2},
-                                         Walk{"NoRoom", 0, {1, 2, wide_id}, {}, 1},
-                                         Walk{"NegativeRoom", -1, {1, 2, wide_id}, {}, 1},
-                                         // what stands behind a timeshift is not examined
-                                         Walk{"TimeshiftInTheMiddle", 5, {1, wide_id}, {1}, 2},
-                                         Walk{"TimeshiftFirst", 5, {}, {}, 1}),
-                         [](const auto &info) { return std::string(info.param.name); });
-
-TEST(RecordingsWithoutTimeshift, EndWhereTheServiceCannotBeAsked)
-{
-    ScriptedService service;
-    service.script("get_recording_service_id_list", answers("(@at [1, 2], 2)"));
-    service.script("is_recording", fails("org.example.No", "no"));
-    std::uint64_t list[2] = {77, 77};
-    int count = -77;
-    EXPECT_EQ(svc_pvr_get_recording_no_ts_service_id_list(list, 2, &count), PS_SUCCESS);
-    EXPECT_EQ(count, 0);
-    EXPECT_EQ(list[0], 77U);
-    EXPECT_EQ(service.requests().size(), 2U);
-}
-
-TEST(RecordingsWithoutTimeshift, LeaveOutputsUntouchedWhenTheListCannotBeHad)
-{
-    ScriptedService service;
-    service.script("get_recording_service_id_list", fails("org.example.No", "no"));
-    std::uint64_t list[2] = {77, 77};
-    int count = -77;
-    EXPECT_EQ(svc_pvr_get_recording_no_ts_service_id_list(list, 2, &count), PS_CALL_METHOD_FAILED);
-    EXPECT_EQ(count, -77);
-    EXPECT_EQ(list[0], 77U);
-    for (const std::string empty : {"(@at [1, 2], 0)", "(@at [1, 2], -1)", "(@at [], 3)"}) {
-        service.script("get_recording_service_id_list", answers(empty));
-        EXPECT_EQ(svc_pvr_get_recording_no_ts_service_id_list(list, 2, &count), PS_SUCCESS) << empty;
-        EXPECT_EQ(count, 0) << empty;
-    }
-    EXPECT_EQ(list[0], 77U);
+    return joined({long_rows(handles), long_rows(devices), long_rows(recording_devices), long_rows(recordings)});
 }

@@ -1,8 +1,6 @@
 #include "bus/row_shapes.h"
 #include "pvr_service_api.h"
-#include "support/platform.h"
 
-#include <gtest/gtest.h>
 #include <ostream>
 #include <vector>
 
@@ -58,16 +56,3 @@ const std::vector<RemoteCall> rows{
 } // namespace
 
 std::vector<RemoteCall> recording_files_calls() { return joined({rows, {remove_inf}}); }
-
-TEST(RemoveInf, RefusesAPathThatIsNoRecording)
-{
-    ScriptedService service;
-    ASSERT_EQ(svc_pvr_service_init(), PS_SESSION_READY);
-    for (const char *path : {static_cast<const char *>(nullptr), "", "inf", "/m/a.INF", "/m/a.bak", "/m/inf"}) {
-        logged();
-        EXPECT_EQ(svc_pvr_remove_inf(path, 0), PS_CALL_METHOD_FAILED);
-        const std::string shown = path != nullptr ? path : "(null)";
-        EXPECT_EQ(logged_lines().back(), failure(" file_path[" + shown + "] is invalid pvr inf file"));
-    }
-    EXPECT_EQ(service.requests(), std::vector<Request>());
-}

@@ -1,12 +1,9 @@
 #include "bus/row_shapes.h"
 #include "pvr_service_api.h"
 #include "support/little_endian.h"
-#include "support/platform.h"
 
 #include <array>
-#include <gtest/gtest.h>
 #include <ostream>
-#include <utility>
 #include <vector>
 
 using namespace support;
@@ -147,15 +144,4 @@ std::vector<RemoteCall> recording_state_calls()
          {get_ts_auto_start_flag, get_recording_type, pre_channel_change, get_recording_info},
          // the kind of recording is printed by name and number
          {prechecked(-1, "PS_RECORD_TYPE_NONE|-1"), prechecked(3, "PS_RECORD_TYPE_TIMER|3"), prechecked(6, "|6")}});
-}
-
-TEST(GetRecordingInfo, RefusesANullRecordOnceTheServiceHasAnswered)
-{
-    ScriptedService service;
-    service.script("get_recording_info", answers("((uint64 1, 1, -2, 3),)"));
-    ASSERT_EQ(svc_pvr_service_init(), PS_SESSION_READY);
-    logged();
-    EXPECT_EQ(svc_pvr_get_recording_info(7, nullptr), PS_CALL_METHOD_FAILED);
-    EXPECT_EQ(service.requests(), std::vector{get_recording_info.request});
-    EXPECT_EQ(logged_lines().back(), plain_entry("[PS_CALL_METHOD_FAILED][info == NULL]"));
 }

@@ -61,6 +61,20 @@ void leave_one_behind(ScriptedService &service)
     service.requests();
 }
 
+void expect_each_outcome(const RemoteCall &row, ScriptedService &service)
+{
+    ASSERT_FALSE(row.outcomes.empty());
+    for (const Outcome &outcome : row.outcomes) {
+        SCOPED_TRACE(row.name + ": " + outcome.answer.substr(0, 200));
+        service.script(row.request.method, answers(outcome.answer));
+        const Done done = run(row);
+        EXPECT_EQ(service.requests(), std::vector{row.request});
+        EXPECT_EQ(done.returned, outcome.returned);
+        EXPECT_EQ(done.outputs, outcome.outputs);
+        EXPECT_EQ(done.lines, lines_of(row, outcome.lines));
+    }
+}
+
 /// By reference: the test framework copies its parameters, and every test is a process of its own.
 class RemoteCalls : public testing::TestWithParam<std::reference_wrapper<const RemoteCall>> {};
 
@@ -73,19 +87,17 @@ INSTANTIATE_TEST_SUITE_P(All, RemoteCalls,
 
 TEST_P(RemoteCalls, SendItsRequestAndMakeWhatItsRuleSaysOfEachAnswer)
 {
-    const RemoteCall &row = GetParam();
     ScriptedService service;
     make_session();
-    ASSERT_FALSE(row.outcomes.empty());
-    for (const Outcome &outcome : row.outcomes) {
-        SCOPED_TRACE(outcome.answer.substr(0, 200));
-        service.script(row.request.method, answers(outcome.answer));
-        const Done done = run(row);
-        EXPECT_EQ(service.requests(), std::vector{row.request});
-        EXPECT_EQ(done.returned, outcome.returned);
-        EXPECT_EQ(done.outputs, outcome.outputs);
-        EXPECT_EQ(done.lines, lines_of(row, outcome.lines));
-    }
+    expect_each_outcome(GetParam(), service);
+}
+
+TEST(LongLists, AreWalkedWhole)
+{
+    ScriptedService service;
+    make_session();
+    for (const RemoteCall &row : long_list_calls())
+        expect_each_outcome(row, service);
 }
 
 TEST_P(RemoteCalls, LogUnderItsOwnName)

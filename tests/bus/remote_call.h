@@ -45,6 +45,9 @@ std::vector<RemoteCall> recording_state_calls();
 std::vector<RemoteCall> status_calls();
 const std::vector<RemoteCall> &all_calls();
 
+/// Rows that take so much making that only the test of theirs makes them.
+std::vector<RemoteCall> long_list_calls();
+
 /// Joins rows of several kinds.
 std::vector<RemoteCall> joined(std::vector<std::vector<RemoteCall>> groups);
 

@@ -46,3 +46,10 @@ RemoteCall text(const std::string &name, std::function<int(char *)> call, const 
 
 /// The lines with every "%" replaced.
 support::Lines filled_in(const support::Lines &lines, const std::string &value);
+
+/// What a call that walks a list logs of an element.
+template <typename T>
+std::string element_line(int index, T value)
+{
+    return support::plain_info("index[" + std::to_string(index) + "] value[" + std::to_string(value) + "]");
+}

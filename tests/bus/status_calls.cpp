@@ -2,7 +2,6 @@
 #include "pvr_service_api.h"
 
 #include <functional>
-#include <gtest/gtest.h>
 #include <ostream>
 #include <utility>
 #include <vector>
@@ -182,36 +181,4 @@ std::vector<RemoteCall> status_calls()
                     is_support_pvr("Yes", {refused, refused, {"(1,)", 0, "1", {plain_info("[result:1]")}}}),
                     is_support_pvr("Two", {refused, {"(2,)", 0, "0", {plain_info("[result:0]")}}}),
                     is_support_pvr("Negative", {{"(-1,)", 0, "0", {plain_info("[result:0]")}}})}});
-}
-
-TEST(IsSupportPvr, IsNotAskedAgainOnceItWasAnsweredWithAnythingButZero)
-{
-    ScriptedService service;
-    ASSERT_EQ(svc_pvr_service_init(), PS_SESSION_READY);
-    service.script("is_support_pvr", answers("(1,)"));
-    int supported = -77;
-    ASSERT_EQ(svc_pvr_is_support_pvr(&supported), PS_SUCCESS);
-    service.requests();
-    logged();
-
-    service.script("is_support_pvr", answers("(0,)"));
-    supported = -77;
-    EXPECT_EQ(svc_pvr_is_support_pvr(&supported), PS_SUCCESS);
-    EXPECT_EQ(supported, 1);
-    EXPECT_EQ(logged_lines(), (Lines{entry(""), plain_info("[result:1]")}));
-    ASSERT_EQ(svc_pvr_service_destroy(), PS_SUCCESS);
-    EXPECT_EQ(svc_pvr_is_support_pvr(nullptr), PS_SUCCESS);
-    EXPECT_EQ(service.requests(), std::vector<Request>());
-}
-
-TEST(IsSupportPvr, MakesNoSession)
-{
-    ScriptedService service;
-    service.script("is_support_pvr", answers("(1,)"));
-    int supported = -77;
-    EXPECT_EQ(svc_pvr_is_support_pvr(&supported), PS_CALL_METHOD_FAILED);
-    EXPECT_EQ(supported, -77);
-    EXPECT_EQ(service.requests(), std::vector<Request>());
-    EXPECT_EQ(logged_lines(),
-              (Lines{plain_entry("My master:[0][]"), plain_entry("My master:[0][] g_pvr_proxy == NULL!!")}));
 }

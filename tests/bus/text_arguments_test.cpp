@@ -148,3 +148,29 @@ TEST(NullTexts, ArePrintedAsSuch)
     svc_pvr_play_start(1, nullptr, 2);
     EXPECT_EQ(logged_lines().front(), entry(" someione[handle:1][uri:(null)][start_pos:2]"));
 }
+
+TEST(GetRecProductName, RefusesANullMountPath)
+{
+    ScriptedService service;
+    ASSERT_EQ(svc_pvr_service_init(), PS_SESSION_READY);
+    logged();
+    char name[255] = "untouched";
+    EXPECT_EQ(svc_pvr_get_rec_product_name(nullptr, name), PS_CALL_METHOD_FAILED);
+    EXPECT_STREQ(name, "untouched");
+    EXPECT_EQ(logged_lines(),
+              (Lines{entry("[mnt_path:(null)]"), detail(support_line(1)), failure(" The mnt_path is null")}));
+    EXPECT_EQ(service.requests(), std::vector<Request>());
+}
+
+TEST(RemoveInf, RefusesAPathThatIsNoRecording)
+{
+    ScriptedService service;
+    ASSERT_EQ(svc_pvr_service_init(), PS_SESSION_READY);
+    for (const char *path : {static_cast<const char *>(nullptr), "", "inf", "/m/a.INF", "/m/a.bak", "/m/inf"}) {
+        logged();
+        EXPECT_EQ(svc_pvr_remove_inf(path, 0), PS_CALL_METHOD_FAILED);
+        const std::string shown = path != nullptr ? path : "(null)";
+        EXPECT_EQ(logged_lines().back(), failure(" file_path[" + shown + "] is invalid pvr inf file"));
+    }
+    EXPECT_EQ(service.requests(), std::vector<Request>());
+}

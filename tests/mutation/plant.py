@@ -159,9 +159,9 @@ def family_tests(file):
     return {"retired.cpp": "Retired",
             "local_answers.cpp": "LocalCalls|Autohighlight|BrowserQueue|SessionCalls",
             "rights.cpp": "EachRight|ViewingRights|Rights", "error_texts.cpp": "ErrorTexts|SupportCheck",
-            "recording.cpp": "RemainingTime|StopPvrSync", "channels.cpp": "GetChannelInfo|svc_pvr_get_channel_info",
-            "status.cpp": "IsSupportPvr", "recording_state.cpp": "RecordingsWithoutTimeshift|GetRecordingInfo",
-            "devices.cpp": "GetDeviceInfo|LocalCalls|Sizes", "playback.cpp": "LocalCalls",
+            "recording.cpp": "RemainingTime|StopPvrSync", "channels.cpp": "ChannelInfo|svc_pvr_get_channel_info",
+            "status.cpp": "IsSupportPvr", "recording_state.cpp": "RecordingsWithoutTimeshift",
+            "devices.cpp": "LocalCalls|Sizes", "playback.cpp": "LocalCalls",
             "recording_files.cpp": "RemoveInf",
             "callbacks.cpp": "Regist|Callbacks|Handler|SignalList|EachSlot|Signals|Library|Sizes"}.get(file, file)
 
