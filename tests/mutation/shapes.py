@@ -56,15 +56,16 @@ def plant_wire(planter):
         tests = [rf"SendItsRequest.*/({'|'.join(users.get(name, ['unused']))})(?![a-z_])", "StopPvrSync"]
         kind = f"Remote<decltype(org_vexan_tv_pvr_call_{name}{'' if match[1] else '_sync'})>"
         tail = f', "{contents}"' if contents else ""
-        mutants = [Mutant("wire.h", name, "name", f"{name} -> {following}", tests,
-                          text=f'{kind}{{"{following}"{tail}}}')]
+        mutants = [Mutant("wire.h", name, "name", f"{name} -> {following}", tests, text=f'{{"{following}"{tail}}}')]
         if contents:
             wrong = contents[:-1] + "i)"
             mutants.append(Mutant("wire.h", name, "type", f"{contents} -> {wrong}", tests,
-                                  text=f'{kind}{{"{name}", "{wrong}"}}'))
+                                  text=f'{{"{name}", "{wrong}"}}'))
         planter.number(mutants)
-        chosen = "".join(f"::mutation::told() == {mutant.number} ? {mutant.text} : " for mutant in mutants)
-        source.replace(*match.span(), [(f'inline const {kind} {name} = {chosen}{kind}{{"{name}"{tail}}};', 0)])
+        forms = "".join(f", {mutant.text}" for mutant in mutants)
+        source.replace(*match.span(), [(
+            f'inline constexpr {kind} {name}_forms[]{{{{"{name}"{tail}}}{forms}}}; '
+            f"inline const {kind} &{name} = {name}_forms[::mutation::form({mutants[0].number}, {len(mutants)})];", 0)])
 
 
 def plant_log_lines(planter):

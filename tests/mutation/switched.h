@@ -58,6 +58,13 @@ const Row (&changed(const Row (&plain)[count], const Change<Row> (&list)[changes
     return plain;
 }
 
+/// Which of several forms counts: the plain one is 0, the others belong to the mutants from first on.
+inline std::size_t form(int first, int mutants) noexcept
+{
+    const int number = told() - first;
+    return number >= 0 && number < mutants ? static_cast<std::size_t>(number) + 1 : 0;
+}
+
 /// Another value of the same type.
 template <typename T>
 constexpr T other(T value) noexcept
