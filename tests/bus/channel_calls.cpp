@@ -35,9 +35,10 @@ Lines channel_lines(std::size_t count, const std::string &name = "Eins", const s
     return {all.begin(), all.begin() + static_cast<Lines::difference_type>(count)};
 }
 
+/// Whatever the service's result.
 Outcome channel_outcome(const std::string &elements, const std::string &stored, Lines lines)
 {
-    return {"(@a(v) [" + elements + "], 0)", 0, stored, std::move(lines)};
+    return {"(@a(v) [" + elements + "], -3)", 0, stored, std::move(lines)};
 }
 
 const std::string long_name(300, 'c');

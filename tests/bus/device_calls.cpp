@@ -21,15 +21,15 @@ std::ostream &operator<<(std::ostream &out, const device_info &info)
 std::string device_line(const std::string &name)
 {
     return plain_info("device_type[1] file_format[-2] device_name[" + name +
-                      "] product_name[] mnt_path[/m %n] total_size[4294967296] avail_size[-9223372036854775808]");
+                      "] product_name[Größe %s] mnt_path[/m %n] total_size[4294967296] avail_size[-9223372036854775808]");
 }
 
 Outcome device_outcome(const std::string &name, const std::string &stored, int result)
 {
-    return {"((1, -2, '" + name + "', '', '/m %n', int64 4294967296, int64 -9223372036854775808), " +
+    return {"((1, -2, '" + name + "', 'Größe %s', '/m %n', int64 4294967296, int64 -9223372036854775808), " +
                 std::to_string(result) + ")",
             0,
-            "1|-2|" + stored + "||/m %n|4294967296|-9223372036854775808",
+            "1|-2|" + stored + "|Größe %s|/m %n|4294967296|-9223372036854775808",
             {device_line(name)}};
 }
 
@@ -70,7 +70,7 @@ const RemoteCall get_default_rec_device{
     .request = request("get_default_rec_device", "", "()"),
     .result = Result::is_published,
     .outcomes = {{"(4, 1)", 0, "4", {info(" final [dev_handle:4]")}},
-                 {"(-1, 0)", 0, "-1", {info(" final [dev_handle:-1]")}}},
+                 {"(-1, -4)", 0, "-1", {info(" final [dev_handle:-1]")}}},
     .call_with_null_outputs = [] { return svc_pvr_get_default_rec_device(nullptr); },
 };
 
@@ -100,7 +100,7 @@ RemoteCall get_rec_dev_name()
         request("get_rec_dev_name", "i", "(-9,)"));
     row.outcomes.clear();
     for (const std::string &name : {std::string("Stick %n ä"), std::string(), long_name, std::string(100'000, 'n')})
-        row.outcomes.push_back({"('" + name + "', 1)", 0, "", {info(" get name: " + name)}});
+        row.outcomes.push_back({"('" + name + "', -3)", 0, "", {info(" get name: " + name)}});
     return row;
 }
 

@@ -39,7 +39,7 @@ Outcome outcome(const ListCall<T> &list, int length, const std::vector<T> &sent,
     answer << "(@" << list.array << " [";
     for (std::size_t i = 0; i < sent.size(); ++i)
         answer << (i == 0 ? "" : ", ") << sent[i];
-    answer << "], " << count << (list.beside == Beside::result ? ", 403)" : ")");
+    answer << "], " << count << (list.beside == Beside::result ? ", -403)" : ")");
 
     std::ostringstream outputs;
     Lines lines;

@@ -35,8 +35,8 @@ std::vector<Judged> judged(Rule rule)
 
 constexpr int telling_numbers[] = {1, 0, -1, 2147483647};
 
-/// The answer that carries value, as GVariant text.
-std::string carrying(const std::string &value, Beside beside, int result = 403)
+/// The answer that carries value, as GVariant text. The result beside it is one that a rule of results would refuse.
+std::string carrying(const std::string &value, Beside beside, int result = -403)
 {
     return "(" + value + "," + (beside == Beside::result ? " " + std::to_string(result) : "") + ")";
 }
@@ -93,7 +93,7 @@ RemoteCall number(const std::string &name, std::function<int(int *)> call, const
     std::vector<Outcome> outcomes;
     for (const int value : telling_numbers) {
         const std::string number = std::to_string(value);
-        outcomes.push_back({carrying(number, beside, value == 0 ? 1 : 403), 0, number, filled_in(lines, number)});
+        outcomes.push_back({carrying(number, beside, value == 0 ? 1 : -403), 0, number, filled_in(lines, number)});
     }
     return {
         .name = name,

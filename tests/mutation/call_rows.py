@@ -105,7 +105,7 @@ class Row:
     def constants(self):
         """Numbers that stand in the row. The first values of outputs are none: nothing reads them before the answer."""
         delivered = set()
-        for name in ("call.remote", "call.post"):
+        for name in ("call.remote", "call.post", "g_variant_get"):
             for _, arguments in calls(self.body, r"(?<!\()" + re.escape(name)):
                 delivered |= {self.body[slice(*span)].lstrip("&") for span in arguments}
         for match in re.finditer(r"\b(\w+)(?:\[\])? = (-?\d[\d']*|\{)(?=[;,}\d])", self.body):

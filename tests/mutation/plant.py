@@ -161,7 +161,7 @@ def family_tests(file):
             "rights.cpp": "EachRight|ViewingRights|Rights", "error_texts.cpp": "ErrorTexts|SupportCheck",
             "recording.cpp": "RemainingTime|StopPvrSync", "channels.cpp": "ChannelInfo|svc_pvr_get_channel_info",
             "status.cpp": "IsSupportPvr", "recording_state.cpp": "RecordingsWithoutTimeshift",
-            "devices.cpp": "LocalCalls|Sizes", "playback.cpp": "LocalCalls",
+            "devices.cpp": "LocalCalls|from_c", "playback.cpp": "LocalCalls",
             "recording_files.cpp": "RemoveInf",
             "callbacks.cpp": "Regist|Callbacks|Handler|SignalList|EachSlot|Signals|Library|Sizes"}.get(file, file)
 

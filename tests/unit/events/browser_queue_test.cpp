@@ -118,7 +118,9 @@ TEST_F(BrowserQueue, IsClearedByTheExportedCallWhereTheProductRecords)
     support::set_product(support::Product::records);
     support::logged();
     EXPECT_EQ(svr_pvr_clear_thumbnail_callback(), PS_SUCCESS);
-    EXPECT_EQ(support::logged().front().function, "svr_pvr_clear_thumbnail_callback");
+    const support::LoggedLine first = support::logged().front();
+    EXPECT_EQ(first.function, "svr_pvr_clear_thumbnail_callback");
+    EXPECT_TRUE(first.text.ends_with("]")) << first.text; // the caller's name, and nothing more
     EXPECT_TRUE(in_queue().empty());
     EXPECT_TRUE(cancelCallback);
 }
