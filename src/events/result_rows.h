@@ -106,7 +106,7 @@ inline constexpr ResultRow table[] = {
     {PS_FORMAT,                          "(i)",        {result},                                                        App::bare,       Others::none},
     {PS_PERFORMANCE_TEST,                "(i)",        {result},                                                        App::bare,       Others::none},
     {PS_PRECHECK_RECORDING_AVAILABLE,    "(iiitii)",   {handle, result, uid, service_id, record_type, detail_result},   App::recording,  Others::recording},
-    {PS_PRE_PLAY_START,                  "(ii)",       {ignored, result},                                               App::none,       Others::pre_start},
+    {PS_PRE_PLAY_START,                  "(ii)",       {ignored, ignored},                                              App::none,       Others::pre_start},
     {PS_PLAY_BEGIN,                      "(i)",        {handle},                                                        App::begin,      Others::none},
     {PS_PLAY_END,                        "(i)",        {handle},                                                        App::begin,      Others::none},
     {PS_REMOVE_DEV,                      "(s)",        {mnt_path},                                                      App::path,       Others::none},

@@ -5,8 +5,13 @@
 #include "support/platform.h"
 #include "support/scripted_service.h"
 
+#include <filesystem>
 #include <gtest/gtest.h>
+#include <ostream>
 #include <sstream>
+#include <string>
+#include <unistd.h>
+#include <vector>
 
 using namespace support;
 
@@ -19,14 +24,6 @@ int data = 0;
 
 const std::string nobody = "My master:[0][]";
 const std::string parameters = "| with param[func:PTR user_data:PTR]";
-
-/// The lines that end with the connection's, its handler's id taken off.
-Lines without_handler_id(Lines lines)
-{
-    if (!lines.empty())
-        lines.back() = lines.back().substr(0, lines.back().rfind(':'));
-    return lines;
-}
 
 int handler_id(const Lines &lines) { return std::stoi(lines.back().substr(lines.back().rfind(':') + 1)); }
 
@@ -65,24 +62,6 @@ TEST(RegisterResultPvrCb, ChecksBeforeItTakesTheIdentityAndLogs)
                                      plain_info(nobody + " did not support PVR!!")}));
 }
 
-TEST(RegisterSignalCb, LogsItsConnection)
-{
-    svc_pvr_service_init();
-    logged();
-    EXPECT_EQ(of_signals.call(), PS_SUCCESS);
-    EXPECT_EQ(without_handler_id(logged_lines()),
-              (Lines{entry(parameters), detail(support_line(1)), plain_info("[g_pvr_proxy: PTR] [g_handler_id")}));
-}
-
-TEST(RegisterResultPvrCb, LogsItsConnection)
-{
-    svc_pvr_service_init();
-    logged();
-    EXPECT_EQ(of_results.call(), PS_SUCCESS);
-    EXPECT_EQ(without_handler_id(logged_lines()),
-              (Lines{detail(support_line(1)), entry(parameters), plain_info("[g_pvr_proxy: PTR] [g_handler_id")}));
-}
-
 TEST_P(Registrations, ConnectNothingWithoutASession)
 {
     EXPECT_EQ(GetParam().call(), PS_SUCCESS);
@@ -103,6 +82,103 @@ TEST_P(Registrations, ConnectWithoutAFunctionToo)
 
 INSTANTIATE_TEST_SUITE_P(All, Registrations, testing::Values(of_signals, of_results),
                          [](const auto &info) { return std::string(info.param.name); });
+
+// ---- what the first call of a process logs, and in which order
+
+namespace {
+
+void on_result_pointer(pvr_service_result *, void *) {}
+void on_third(pvr_result_third, void *) {}
+void on_state(int, void *) {}
+void on_signal_pointer(pvr_service_signal *, void *) {}
+
+Lines check() { return {detail(support_line(1))}; }
+Lines identity()
+{
+    const std::string path = std::filesystem::read_symlink("/proc/self/exe");
+    return {plain_info("Called szPID:" + path),
+            plain_info("g_thread_id[" + std::to_string(getpid()) + "] g_thread_name[" +
+                       path.substr(path.rfind('/') + 1) + "]")};
+}
+Lines entry_with_data() { return {entry(parameters)}; }
+Lines entry_with_function() { return {entry("| with param[func:PTR]")}; }
+Lines connection() { return {plain_info("[g_pvr_proxy: (nil)] [g_handler_id:0]")}; }
+Lines connection_of_pointer()
+{
+    return {plain_info("signal_pointer_cb_func[PTR] g_signal_pointer_data[PTR] [g_pvr_proxy:(nil)] [g_handler_id:0]")};
+}
+Lines stored() { return {plain_info("idx[0]: func[PTR] is registered")}; }
+Lines not_found() { return {plain_info("func[PTR] is not found and not unregistered")}; }
+
+struct FirstCall {
+    const char *name;
+    int (*call)();
+    std::vector<Lines (*)()> logged;
+};
+
+std::ostream &operator<<(std::ostream &out, const FirstCall &row) { return out << row.name; }
+
+template <auto Register, auto Function>
+int add()
+{
+    return Register(Function, &data);
+}
+template <auto Unregister, auto Function>
+int remove()
+{
+    return Unregister(Function);
+}
+
+class FirstRegistration : public testing::TestWithParam<FirstCall> {};
+
+} // namespace
+
+TEST_P(FirstRegistration, LogsEachStepInItsOrder)
+{
+    EXPECT_EQ(GetParam().call(), PS_SUCCESS);
+    Lines expected;
+    for (const auto &step : GetParam().logged)
+        for (const std::string &line : step())
+            expected.push_back(line);
+    EXPECT_EQ(logged_lines(), expected);
+}
+
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(
+    All, FirstRegistration,
+    testing::Values(
+        FirstCall{"svc_pvr_register_result_pvr_cb", add<svc_pvr_register_result_pvr_cb, on_result>,
+                  {check, identity, entry_with_data, connection}},
+        FirstCall{"svc_pvr_register_result_pvr_point_cb", add<svc_pvr_register_result_pvr_point_cb, on_result_pointer>,
+                  {check, identity, entry_with_data, connection}},
+        FirstCall{"svc_pvr_register_to_other_apps_cb", add<svc_pvr_register_to_other_apps_cb, on_third>,
+                  {check, identity, entry_with_data, connection}},
+        FirstCall{"svc_pvr_register_get_pvr_state_cb", add<svc_pvr_register_get_pvr_state_cb, on_state>,
+                  {check, identity, entry_with_data, connection}},
+        FirstCall{"svc_pvr_register_signal_cb", add<svc_pvr_register_signal_cb, on_signal>,
+                  {identity, entry_with_data, check, connection}},
+        FirstCall{"svc_pvr_register_signal_pointer_cb", add<svc_pvr_register_signal_pointer_cb, on_signal_pointer>,
+                  {identity, entry_with_data, check, connection_of_pointer}},
+        FirstCall{"svc_pvr_register_signal_cb_in_list", add<svc_pvr_register_signal_cb_in_list, on_signal>,
+                  {identity, entry_with_data, check, stored, connection}},
+        FirstCall{"svc_pvr_unregister_result_pvr_cb", remove<svc_pvr_unregister_result_pvr_cb, on_result>,
+                  {check, identity, entry_with_function, connection}},
+        FirstCall{"svc_pvr_unregister_result_pvr_point_cb",
+                  remove<svc_pvr_unregister_result_pvr_point_cb, on_result_pointer>,
+                  {check, identity, entry_with_function, connection}},
+        FirstCall{"svc_pvr_unregister_to_other_apps_cb", remove<svc_pvr_unregister_to_other_apps_cb, on_third>,
+                  {check, identity, entry_with_function, connection}},
+        FirstCall{"svc_pvr_unregister_get_pvr_state_cb", remove<svc_pvr_unregister_get_pvr_state_cb, on_state>,
+                  {check, identity, entry_with_function, connection}},
+        FirstCall{"svc_pvr_unregister_signal_cb", remove<svc_pvr_unregister_signal_cb, on_signal>,
+                  {check, identity, entry_with_function}},
+        FirstCall{"svc_pvr_unregister_signal_pointer_cb",
+                  remove<svc_pvr_unregister_signal_pointer_cb, on_signal_pointer>,
+                  {check, identity, entry_with_function}},
+        FirstCall{"svc_pvr_unregister_signal_cb_in_list", remove<svc_pvr_unregister_signal_cb_in_list, on_signal>,
+                  {check, identity, entry_with_function, not_found}}),
+    [](const auto &info) { return std::string(info.param.name); });
+// clang-format on
 
 TEST(Handler, IsConnectedOnceHoweverManyAreRegistered)
 {

@@ -124,18 +124,6 @@ TEST_P(EachSlot, RefusesAProductThatDoesNotRecord)
     EXPECT_EQ(reached(), Lines()) << "nothing was stored";
 }
 
-TEST_P(EachSlot, LogsWhatIsTakenBack)
-{
-    svc_pvr_service_init();
-    GetParam().add();
-    logged();
-    GetParam().remove();
-    const Lines lines = logged_lines();
-    ASSERT_GE(lines.size(), 2U);
-    EXPECT_EQ(lines[0], detail(support_line(1)));
-    EXPECT_EQ(lines[1], entry("| with param[func:PTR]"));
-}
-
 INSTANTIATE_TEST_SUITE_P(All, EachSlot,
                          testing::Values(of_result, of_result_pointer, of_third, of_state, of_signal,
                                          of_signal_pointer),

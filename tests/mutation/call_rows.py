@@ -103,10 +103,11 @@ class Row:
                 self.other("returned", (start + match.start(1), start + match.end(1)))
 
     def constants(self):
-        """Numbers that stand in the row. The first values of outputs are none: nothing reads them before the answer."""
+        """Numbers that stand in the row. The first values of outputs are none: what is asked writes first of all, and
+        nothing reads them before."""
         delivered = set()
-        for name in ("call.remote", "call.post", "g_variant_get"):
-            for _, arguments in calls(self.body, r"(?<!\()" + re.escape(name)):
+        for name in (r"call\.remote", r"call\.post", "g_variant_get", r"(?:Is[A-Z]|GetC)\w+"):
+            for _, arguments in calls(self.body, r"(?<!\()" + name):
                 delivered |= {self.body[slice(*span)].lstrip("&") for span in arguments}
         for match in re.finditer(r"\b(\w+)(?:\[\])? = (-?\d[\d']*|\{)(?=[;,}\d])", self.body):
             if match[2] == "{":
