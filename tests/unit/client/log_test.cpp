@@ -11,6 +11,7 @@ TEST(LogLine, HasThePriorityAndTheHeadOfItsShape)
     const std::string master = "My master:[0][]"; // before the identity was captured
     const pvr::Here here("elsewhere", 7);
     ENTRY(" %d\n", 1);
+    ENTRY_AT(here, " %d\n", 12);
     FAILURE(" %d\n", 2);
     FAILURE_AT(here, " %d\n", 3);
     EXCEPTION(" %d\n", 4);
@@ -18,11 +19,13 @@ TEST(LogLine, HasThePriorityAndTheHeadOfItsShape)
     INFO_AT(here, " %d\n", 6);
     PLAIN_ENTRY("%d\n", 7);
     PLAIN_FAILURE("%d\n", 8);
+    PLAIN_FAILURE_AT(here, "%d\n", 13);
     PLAIN_INFO("%d\n", 9);
     PLAIN_INFO_AT(here, "%d\n", 10);
     DETAIL("%d\n", 11);
     EXPECT_EQ(logged_lines(), (Lines{
                                   "6 [PVR][API][EST][10.8.1]" + master + " 1",
+                                  "6 [PVR][API][EST][10.8.1]" + master + " 12",
                                   "6 [PVR][API][EST][10.8.1]" + master + " 2",
                                   "6 [PVR][API][EST][10.8.1]" + master + " 3",
                                   "6 [PVR][API][EXP][10.8.1]" + master + " 4",
@@ -30,6 +33,7 @@ TEST(LogLine, HasThePriorityAndTheHeadOfItsShape)
                                   "4 [PVR][API][10.8.1]" + master + " 6",
                                   "6 [PVR][API][EST][10.8.1]7",
                                   "6 [PVR][API][EST][10.8.1]8",
+                                  "6 [PVR][API][EST][10.8.1]13",
                                   "4 [PVR][API][10.8.1]9",
                                   "4 [PVR][API][10.8.1]10",
                                   "3 [PVR][API][10.8.1]11",
