@@ -82,14 +82,14 @@ inline char *other(char *) noexcept
 }
 
 /// The table, with another value in the entry whose mutant is active: what counts is nothing, and what is nothing
-/// counts zero. The mutants are numbered from first.
+/// counts sixteen: zero is what white space counts. The mutants are numbered from first.
 template <typename T, std::size_t size>
 std::array<T, size> with_entry(std::array<T, size> table, int first, T nothing) noexcept
 {
     const int entry = active() - first;
     if (entry >= 0 && entry < static_cast<int>(size)) {
         T &value = table[static_cast<std::size_t>(entry)];
-        value = value == nothing ? T{0} : nothing;
+        value = value == nothing ? T{16} : nothing;
     }
     return table;
 }

@@ -28,8 +28,8 @@ std::uint8_t decoded(char first, char second)
 
 TEST(Hexadecimal, IsScannedAlikeForEveryPairOfCharacters)
 {
-    for (int first = 1; first < 256; ++first)
-        for (int second = 1; second < 256; ++second)
+    for (int first = 0; first < 256; ++first)
+        for (int second = 0; second < 256; ++second)
             ASSERT_EQ(decoded(static_cast<char>(first), static_cast<char>(second)),
                       scanned(static_cast<char>(first), static_cast<char>(second)))
                 << first << " " << second;
