@@ -96,7 +96,7 @@ def plant_digits(planter):
     """Each character of the two tables of hexadecimal digits."""
     source = planter.source("src/events/hexadecimal.cpp")
     for match in re.finditer(r"^constexpr (std::array<std::uint16_t, 256> (\w+)) = (.*);$", source.original, re.M):
-        mutants = [Mutant(match[2], f"character {code}", "value", "a digit is none, and what is none is sixteen",
+        mutants = [Mutant(match[2], f"character {code}", "value", "a digit is none; what is none, or zero, is sixteen",
                           [r"^unit/.*Hexadecimal"]) for code in range(256)]
         planter.number(mutants)
         changed = f"const {match[1]} = ::mutation::with_entry({match[3]}, {mutants[0].number}, no_digit);"

@@ -81,15 +81,16 @@ inline char *other(char *) noexcept
     return text;
 }
 
-/// The table, with another value in the entry whose mutant is active: what counts is nothing, and what is nothing
-/// counts sixteen: zero is what white space counts. The mutants are numbered from first.
+/// The table, with another value in the entry whose mutant is active: what counts is nothing; what is nothing
+/// or counts zero counts sixteen, since white space counts zero, and nothing is one bit above a byte. The mutants are
+/// numbered from first.
 template <typename T, std::size_t size>
 std::array<T, size> with_entry(std::array<T, size> table, int first, T nothing) noexcept
 {
     const int entry = active() - first;
     if (entry >= 0 && entry < static_cast<int>(size)) {
         T &value = table[static_cast<std::size_t>(entry)];
-        value = value == nothing ? T{16} : nothing;
+        value = value == nothing || value == T{0} ? T{16} : nothing;
     }
     return table;
 }
