@@ -80,7 +80,7 @@ const RemoteCall get_channel_info{
             channel_outcome("(<5>,), (<-1>,), (<uint32 4294967295>,), (<uint32 7>,), (<'Eins'>,), (<<'x'>>,)",
                             "5|-1|4294967295|7|Eins|", channel_lines(5)),
         },
-    .call_with_null_outputs = {}, // null is refused: see below
+    .call_with_null_outputs = {}, // null is refused: see records_test.cpp
 };
 
 /// The queries of a channel's kind, which say only that they are done.

@@ -52,7 +52,7 @@ const RemoteCall get_device_info{
     .result = Result::is_published,
     .outcomes = {device_outcome("Stick ä", "Stick ä", 1), device_outcome(long_name, long_name.substr(0, 254), 0),
                  device_outcome(std::string(253, 'n') + "ä", std::string(253, 'n') + "\xc3", -1)},
-    .call_with_null_outputs = {}, // null is refused: see below
+    .call_with_null_outputs = {}, // null is refused: see records_test.cpp
 };
 
 const RemoteCall get_default_rec_device{

@@ -131,7 +131,7 @@ const RemoteCall get_recording_info{
     .request = request("get_recording_info", "i", "(7,)"),
     .result = RemoteCall::Result::is_the_answer,
     .outcomes = {{"((uint64 " + wide_id_text + ", 1, -2, 3),)", 0, "76543210|fedcba98|1|-2|3", {}}},
-    .call_with_null_outputs = {}, // null is refused: see below
+    .call_with_null_outputs = {}, // null is refused: see records_test.cpp
 };
 
 } // namespace
