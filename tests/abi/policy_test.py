@@ -55,7 +55,7 @@ class Bus:
 
     def __exit__(self, *_):
         self.daemon.terminate()
-        self.daemon.communicate(timeout=10)
+        self.daemon.communicate(timeout=60)
         self.folder.cleanup()
 
     def start(self, *command, **options):
@@ -82,7 +82,7 @@ class ServiceOfRoot(unittest.TestCase):
             self.assertEqual(service.stdout.readline(), "owned\n")
             self.assertIn("method return", bus.call())
             self.assertIn("method return", bus.call(user=NOBODY, group=NOBODY, extra_groups=[]))
-            service.communicate(timeout=10)
+            service.communicate(timeout=60)
 
     def test_is_called_by_nobody_without_the_policy(self):
         text = pathlib.Path(OPTIONS.policy).read_text(encoding="utf-8")
@@ -94,7 +94,7 @@ class ServiceOfRoot(unittest.TestCase):
             with Bus(changed.name) as bus, bus.owner() as service:
                 self.assertEqual(service.stdout.readline(), "owned\n")
                 self.assertIn("AccessDenied", bus.call(user=NOBODY, group=NOBODY, extra_groups=[]))
-                service.communicate(timeout=10)
+                service.communicate(timeout=60)
 
 
 class Policy(unittest.TestCase):
