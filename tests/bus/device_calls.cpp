@@ -20,8 +20,9 @@ std::ostream &operator<<(std::ostream &out, const device_info &info)
 
 std::string device_line(const std::string &name)
 {
-    return plain_info("device_type[1] file_format[-2] device_name[" + name +
-                      "] product_name[Größe %s] mnt_path[/m %n] total_size[4294967296] avail_size[-9223372036854775808]");
+    return plain_info(
+        "device_type[1] file_format[-2] device_name[" + name +
+        "] product_name[Größe %s] mnt_path[/m %n] total_size[4294967296] avail_size[-9223372036854775808]");
 }
 
 Outcome device_outcome(const std::string &name, const std::string &stored, int result)
