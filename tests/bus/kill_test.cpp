@@ -38,6 +38,7 @@ constexpr int callbacks = 7;
 
 /// What a process tells of itself, in memory that all share.
 struct Progress {
+    std::atomic<bool> is_ready{false}; ///< has a session and all its callbacks
     std::atomic<int> answered{0};
     std::atomic<int> unexpected{0};                  ///< calls that returned or wrote what they never may
     std::array<std::atomic<int>, callbacks> heard{}; ///< the latest round that each callback has heard of
@@ -93,6 +94,7 @@ public:
         EXPECT_EQ(svc_pvr_register_signal_cb(hear_signal, &own.heard[4]), PS_SUCCESS);
         EXPECT_EQ(svc_pvr_register_signal_pointer_cb(hear_signal_pointer, &own.heard[5]), PS_SUCCESS);
         EXPECT_EQ(svc_pvr_register_signal_cb_in_list(hear_listed_signal, &own.heard[6]), PS_SUCCESS);
+        own.is_ready = true;
         for (int i = 0; i < threads; ++i)
             callers_.emplace_back(
                 [&shared, &own, call = storm_calls[static_cast<std::size_t>(i) % std::size(storm_calls)]] {
@@ -202,6 +204,9 @@ TEST(Kills, OfServiceAndBusAtAnyMomentLoseNoCallback)
     {
         Fate fate(seed);
         const Application application(shared, shared.of.back(), own_threads);
+        for (const Progress &process : shared.of) // a callback that is registered without a session hears nothing
+            while (!process.is_ready)
+                std::this_thread::sleep_for(std::chrono::milliseconds(1));
         for (int round = 1; round <= rounds; ++round) {
             fate.strike(round);
             std::array<int, other_processes + 1> before{};

@@ -159,7 +159,9 @@ public:
             EXPECT_GT(watch.struck(), 0);
         }
         ++shared().tally.runs;
-        EXPECT_EQ(descriptors().files, before.files);
+        for (int i = 0; i < patience && descriptors().files > before.files; ++i)
+            usleep(1000); // GDBus' threads look at files of the system for a moment, as when they first take memory
+        EXPECT_LE(descriptors().files, before.files);
         expect_unlocked(stage_.folder);
         expect_next_call_to_work(fault);
         has_session_ = has_session_ && !is_of_the_session(fault.way->kind);
