@@ -20,6 +20,7 @@
 #include <iterator>
 #include <new>
 #include <random>
+#include <sstream>
 #include <string>
 #include <sys/mman.h>
 #include <sys/prctl.h>
@@ -35,6 +36,7 @@ namespace {
 constexpr int other_processes = 8;
 constexpr int own_threads = 8;
 constexpr int callbacks = 7;
+constexpr int patience = 60'000; ///< looks at what all have heard, with 2 ms between them
 
 /// What a process tells of itself, in memory that all share.
 struct Progress {
@@ -189,6 +191,25 @@ bool all_have_heard(const Shared &shared, int round)
     });
 }
 
+/// What a round that does not come to its end waits for.
+std::string state_of(const Shared &shared, int round)
+{
+    std::ostringstream state;
+    state << "in round " << round << ":";
+    for (const Progress &process : shared.of) {
+        state << "\n" << process.answered << " calls answered; callbacks have heard of";
+        for (const std::atomic<int> &heard : process.heard)
+            state << " " << heard;
+    }
+    return state.str();
+}
+
+/// All threads and processes come to their end with it, also where the test leaves by an exception.
+struct End {
+    Shared &shared;
+    ~End() { shared.goes_on = false; }
+};
+
 } // namespace
 
 TEST(Kills, OfServiceAndBusAtAnyMomentLoseNoCallback)
@@ -204,10 +225,11 @@ TEST(Kills, OfServiceAndBusAtAnyMomentLoseNoCallback)
     {
         Fate fate(seed);
         const Application application(shared, shared.of.back(), own_threads);
+        const End end{shared};
         for (const Progress &process : shared.of) // a callback that is registered without a session hears nothing
             while (!process.is_ready)
                 std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        for (int round = 1; round <= rounds; ++round) {
+        for (int round = 1; round <= rounds && !HasFailure(); ++round) {
             fate.strike(round);
             std::array<int, other_processes + 1> before{};
             std::transform(shared.of.begin(), shared.of.end(), before.begin(),
@@ -217,13 +239,13 @@ TEST(Kills, OfServiceAndBusAtAnyMomentLoseNoCallback)
                                   [](int count, const Progress &process) { return process.answered > count; });
             };
             // Whoever has not noticed the loss yet does so by a call, and hears what is emitted from then on.
-            while (!all_have_heard(shared, round) || !is_answered()) {
+            for (int tries = 0; tries < patience && !(all_have_heard(shared, round) && is_answered()); ++tries) {
                 emit_round(fate.service(), round);
                 fate.service().requests();
                 std::this_thread::sleep_for(std::chrono::milliseconds(2));
             }
+            EXPECT_TRUE(all_have_heard(shared, round) && is_answered()) << state_of(shared, round);
         }
-        shared.goes_on = false;
     }
     for (const pid_t pid : processes) {
         int status = -1;
