@@ -234,17 +234,20 @@ TEST(Kills, OfServiceAndBusAtAnyMomentLoseNoCallback)
             std::array<int, other_processes + 1> before{};
             std::transform(shared.of.begin(), shared.of.end(), before.begin(),
                            [](const Progress &process) { return process.answered.load(); });
-            const auto is_answered = [&] {
-                return std::equal(before.begin(), before.end(), shared.of.begin(),
+            const auto is_over = [&] {
+                return all_have_heard(shared, round) &&
+                       std::equal(before.begin(), before.end(), shared.of.begin(),
                                   [](int count, const Progress &process) { return process.answered > count; });
             };
             // Whoever has not noticed the loss yet does so by a call, and hears what is emitted from then on.
-            for (int tries = 0; tries < patience && !(all_have_heard(shared, round) && is_answered()); ++tries) {
+            bool was_over = false;
+            for (int tries = 0; tries < patience && !was_over; ++tries) {
                 emit_round(fate.service(), round);
                 fate.service().requests();
                 std::this_thread::sleep_for(std::chrono::milliseconds(2));
+                was_over = is_over();
             }
-            EXPECT_TRUE(all_have_heard(shared, round) && is_answered()) << state_of(shared, round);
+            EXPECT_TRUE(was_over) << state_of(shared, round);
         }
     }
     for (const pid_t pid : processes) {

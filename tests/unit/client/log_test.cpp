@@ -11,32 +11,32 @@ TEST(LogLine, HasThePriorityAndTheHeadOfItsShape)
     const std::string master = "My master:[0][]"; // before the identity was captured
     const pvr::Here here("elsewhere", 7);
     ENTRY(" %d\n", 1);
-    ENTRY_AT(here, " %d\n", 12);
-    FAILURE(" %d\n", 2);
-    FAILURE_AT(here, " %d\n", 3);
-    EXCEPTION(" %d\n", 4);
-    INFO(" %d\n", 5);
-    INFO_AT(here, " %d\n", 6);
-    PLAIN_ENTRY("%d\n", 7);
-    PLAIN_FAILURE("%d\n", 8);
-    PLAIN_FAILURE_AT(here, "%d\n", 13);
-    PLAIN_INFO("%d\n", 9);
-    PLAIN_INFO_AT(here, "%d\n", 10);
-    DETAIL("%d\n", 11);
+    ENTRY_AT(here, " %d\n", 2);
+    FAILURE(" %d\n", 3);
+    FAILURE_AT(here, " %d\n", 4);
+    EXCEPTION(" %d\n", 5);
+    INFO(" %d\n", 6);
+    INFO_AT(here, " %d\n", 7);
+    PLAIN_ENTRY("%d\n", 8);
+    PLAIN_FAILURE("%d\n", 9);
+    PLAIN_FAILURE_AT(here, "%d\n", 10);
+    PLAIN_INFO("%d\n", 11);
+    PLAIN_INFO_AT(here, "%d\n", 12);
+    DETAIL("%d\n", 13);
     EXPECT_EQ(logged_lines(), (Lines{
                                   "6 [PVR][API][EST][10.8.1]" + master + " 1",
-                                  "6 [PVR][API][EST][10.8.1]" + master + " 12",
                                   "6 [PVR][API][EST][10.8.1]" + master + " 2",
                                   "6 [PVR][API][EST][10.8.1]" + master + " 3",
-                                  "6 [PVR][API][EXP][10.8.1]" + master + " 4",
-                                  "4 [PVR][API][10.8.1]" + master + " 5",
+                                  "6 [PVR][API][EST][10.8.1]" + master + " 4",
+                                  "6 [PVR][API][EXP][10.8.1]" + master + " 5",
                                   "4 [PVR][API][10.8.1]" + master + " 6",
-                                  "6 [PVR][API][EST][10.8.1]7",
+                                  "4 [PVR][API][10.8.1]" + master + " 7",
                                   "6 [PVR][API][EST][10.8.1]8",
-                                  "6 [PVR][API][EST][10.8.1]13",
-                                  "4 [PVR][API][10.8.1]9",
-                                  "4 [PVR][API][10.8.1]10",
-                                  "3 [PVR][API][10.8.1]11",
+                                  "6 [PVR][API][EST][10.8.1]9",
+                                  "6 [PVR][API][EST][10.8.1]10",
+                                  "4 [PVR][API][10.8.1]11",
+                                  "4 [PVR][API][10.8.1]12",
+                                  "3 [PVR][API][10.8.1]13",
                               }));
     EXPECT_EQ(malformed_lines(), Lines());
 }
