@@ -38,8 +38,8 @@ def expected():
         f"{lib}/cmake/pvr-service-api/pvr-service-api-config-BUILDTYPE.cmake": None,
         f"{lib}/cmake/pvr-service-api/pvr-service-api-config-version.cmake": None,
         **{f"{include}/pvr_{name}.h": None
-           for name in ("base", "callbacks", "events", "legacy", "playback", "recording", "records", "rights", "service_api",
-                        "side_files", "status", "storage")},
+           for name in ("base", "callbacks", "events", "legacy", "playback", "recording", "records", "rights",
+                        "service_api", "side_files", "status", "storage")},
         f"{data}/dbus-1/system.d/org.vexan.tv.pvr.conf": None,
     }
     if OPTIONS.mandir:  # what belongs to the tools

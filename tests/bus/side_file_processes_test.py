@@ -1,4 +1,4 @@
-"""Several processes use the same side files at the same time: nothing that one of them writes is lost or read in half."""
+"""Several processes use the same side files at once: nothing that one of them writes is lost or read in half."""
 import argparse
 import pathlib
 import struct

@@ -25,8 +25,8 @@ def compiled_headers(build):
     folder = build / "headers"
     folder.mkdir(exist_ok=True)
     headers = sorted((ROOT / "src").rglob("*.h"))
-    (folder / "headers.cpp").write_text("".join(f'#include "{header.relative_to(ROOT / "src")}"\n' for header in headers),
-                                        encoding="utf-8")
+    includes = "".join(f'#include "{header.relative_to(ROOT / "src")}"\n' for header in headers)
+    (folder / "headers.cpp").write_text(includes, encoding="utf-8")
     entry = next(entry for entry in json.loads((build / "compile_commands.json").read_text(encoding="utf-8"))
                  if entry["file"].endswith("src/client/call.cpp"))
     command = shlex.split(entry["command"])
@@ -39,8 +39,8 @@ def compiled_headers(build):
 def exported(build, profile, format_name):
     """What llvm-cov tells of the library's objects, and of the unit tests for the templates that they alone use."""
     objects = [*sorted((build / OBJECTS).rglob("*.o")), compiled_headers(build)]
-    command = ["llvm-cov", "export", f"-format={format_name}", f"-instr-profile={profile}", build / "tests/unit/unit_tests",
-               *(f"-object={path}" for path in objects)]
+    command = ["llvm-cov", "export", f"-format={format_name}", f"-instr-profile={profile}",
+               build / "tests/unit/unit_tests", *(f"-object={path}" for path in objects)]
     return subprocess.run(command, check=True, capture_output=True, text=True).stdout
 
 
@@ -88,11 +88,13 @@ def disagreements(lines):
     page = listed()
     for source in sorted(lines | page):
         text = source.read_text(encoding="utf-8").splitlines() if source.exists() else []
-        missed = collections.Counter(text[line - 1].strip() for line, count in lines.get(source, {}).items() if count == 0)
+        counts = lines.get(source, {})
+        missed = collections.Counter(text[line - 1].strip() for line, count in counts.items() if count == 0)
         missed = collections.Counter({line: count for line, count in missed.items() if re.search(r"\w", line)})
         known = collections.Counter(line for line, _ in page.get(source, []))
         there = {line.strip() for line in text}
-        certain = collections.Counter(line for line, is_chance in page.get(source, []) if not is_chance or line not in there)
+        certain = collections.Counter(line for line, is_chance in page.get(source, [])
+                                      if not is_chance or line not in there)
         name = source.relative_to(ROOT)
         yield from (f"not in {PAGE.name}: {name}: {line}" for line in (missed - known).elements())
         yield from (f"in {PAGE.name}, but reached or gone: {name}: {line}" for line in (certain - missed).elements())
@@ -117,7 +119,8 @@ def main():
     print(f"{'file':<40} {'lines':>13} {'%':>6}   {'branches':>13} {'%':>6}")
     for source in sorted(lines):
         ways = [way for pair in branches[source].values() for way in pair]
-        row = [sum(count > 0 for count in lines[source].values()), len(lines[source]), sum(way > 0 for way in ways), len(ways)]
+        row = [sum(count > 0 for count in lines[source].values()), len(lines[source]),
+               sum(way > 0 for way in ways), len(ways)]
         sums = [one + other for one, other in zip(sums, row)]
         print(f"{str(source.relative_to(ROOT)):<40} {row[0]:>5} of {row[1]:>4} {percent(*row[:2]):6.1f}   "
               f"{row[2]:>5} of {row[3]:>4} {percent(*row[2:]):6.1f}")

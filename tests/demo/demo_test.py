@@ -243,7 +243,8 @@ class WithAServiceThatDoesNotDoItsWork(Demo):
 
     def test_fails_when_the_service_answers_everything_with_nothing(self):
         self.assert_told(self.idle_service({"is_support_pvr": ["(1,)"]}), 1,
-                         "expected 'pvrctl record start 1 --duration 8 --wait' to end with status 0 but it ended with 7")
+                         "expected 'pvrctl record start 1 --duration 8 --wait' to end with status 0 "
+                         "but it ended with 7")
 
     def test_fails_when_the_service_records_to_no_file(self):
         claims = {**CLAIMS, "get_recording_uri_by_service_id": ["('/claimed.srf',)"]}

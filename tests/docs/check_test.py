@@ -43,7 +43,8 @@ WRONG = {
     "source that is another": ("```c examples/smallest.c\nint main(void)\n```", "is not in examples/smallest.c"),
     "source in another order": ("```c examples/smallest.c\nint main(int argc, char *argv[])\n…\n"
                                 "static int failed(const char *what)\n```", "is not in examples/smallest.c"),
-    "a part that is another": ("```c examples/tutorial.c part\nint main(void)\n```", "differs from examples/tutorial.c"),
+    "a part that is another": ("```c examples/tutorial.c part\nint main(void)\n```",
+                               "differs from examples/tutorial.c"),
     "source of no file": ("```c examples/of_old.c\nint i;\n```", "the tree has no examples/of_old.c"),
     "source that does not compile": ("```c\n#include <pvr_service_api.h>\nint i = svc_pvr_of_old();\n```",
                                      "svc_pvr_of_old"),
@@ -125,7 +126,8 @@ def check(text):
 class Check(unittest.TestCase):
     def test_notices_what_is_wrong(self):
         """All in one page, so that one sandbox does; each complaint has the line of its block."""
-        page = "```c examples/tutorial.c part\n/* Records a channel and shows how far the recording is. Ctrl-C stops it. " \
+        page = "```c examples/tutorial.c part\n" \
+               "/* Records a channel and shows how far the recording is. Ctrl-C stops it. " \
                "docs/tutorial.md explains each part.\n```\n\n"
         lines = {}
         for name, (text, _) in WRONG.items():

@@ -7,9 +7,9 @@ backticks; a block with any other word, or with none, fails.
     sh               is run, as one script of bash; it has to end with 0. Its output is not looked at
     sh interrupted   each line is run until it has printed something; then Ctrl-C has to end it with 0 or 130.
                      A pvr-simulator gets a bus of its own
-    sh build         is NOT run: what installs packages, builds or tests the tree. Whether the scripts, options, presets,
-                     targets, variables, tests and files exist that it names is looked up (building.py). That the
-                     commands work is seen by running scripts/test and scripts/demo, which is done with other tests
+    sh build         is NOT run: what installs packages, builds or tests the tree. Whether the scripts, options,
+                     presets, targets, variables, tests and files exist that it names is looked up (building.py). That
+                     the commands work is seen by running scripts/test and scripts/demo, which is done with other tests
     console          is run: commands behind '$ ', and all that they print, which is compared. … stands for any text
                      within a line, and alone on a line for any number of lines. Each command has to end with 0
     c FILE, cpp FILE is compared with that file of the tree, which the build compiles. A line … leaves lines out

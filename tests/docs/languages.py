@@ -62,7 +62,7 @@ def compare_output(_, block):
 
 
 def compare_source(options, block):
-    """With the name of a file of the tree: lines of it as they stand there. Whole paragraphs may be left out: a line …"""
+    """With the name of a file of the tree: lines of it as they stand there. Paragraphs may be left out: a line …"""
     path = options.source / block.words[0]
     if not path.is_file():
         raise Failure(f"the tree has no {block.words[0]}")
@@ -141,8 +141,8 @@ def read_toml(_, block):
 
 
 def read_key_file(_, block):
-    """A file for PVR_PLATFORM_CONFIG, which the stand-ins have to read without a complaint. Of the product's numbers they
-    do not complain, so those have to be what the library sees."""
+    """A file for PVR_PLATFORM_CONFIG, which the stand-ins have to read without a complaint. Of the product's numbers
+    they do not complain, so those have to be what the library sees."""
     path = file_named(block)
     pathlib.Path("any.srf").touch()  # what is asked about; 1 and 5 tell that a question has no answer
     output = shell.run(f"PVR_PLATFORM_CONFIG=$PWD/{path} pvrctl --json rights any.srf 2>&1 || "

@@ -1,4 +1,4 @@
-"""The reference of the public headers: it can be built, tells of every exported function, and warns of what it lacks."""
+"""The reference of the public headers: it can be built, tells of every exported function, warns of what it lacks."""
 import argparse
 import pathlib
 import re
@@ -20,7 +20,8 @@ class Reference(unittest.TestCase):
 
     def build(self):
         """Exit status and complaints of doxygen, with what CMake has put into its file, but for the places."""
-        more = f"INPUT={self.folder}/include\nSTRIP_FROM_PATH={self.folder}/include\nOUTPUT_DIRECTORY={self.folder}/html\n"
+        more = f"INPUT={self.folder}/include\nSTRIP_FROM_PATH={self.folder}/include\n" \
+               f"OUTPUT_DIRECTORY={self.folder}/html\n"
         text = pathlib.Path(OPTIONS.doxyfile).read_text(encoding="utf-8") + more
         done = subprocess.run([OPTIONS.doxygen, "-"], input=text, text=True, stdout=subprocess.PIPE,
                               stderr=subprocess.STDOUT, check=False)

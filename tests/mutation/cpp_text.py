@@ -59,7 +59,8 @@ def calls(text, name):
 
 def functions(text, indents=("",)):
     """Name, result type and the span within the braces of each function that begins at one of the indents."""
-    head = re.compile(r"^( *)((?:[\w:<>,*&~\[\]]+ )+[*&]*)([\w:]+)\(([^;{}]*?)\)([^;{}()]*|[^;{}]*requires [^;{}]*)\{", re.M)
+    head = re.compile(r"^( *)((?:[\w:<>,*&~\[\]]+ )+[*&]*)([\w:]+)\(([^;{}]*?)\)"
+                      r"([^;{}()]*|[^;{}]*requires [^;{}]*)\{", re.M)
     position = 0
     while match := head.search(text, position):
         position = match.start() + 1

@@ -158,12 +158,17 @@ def family_tests(file):
     """What is likely to notice a change in a function of a file, besides the tests that bear the function's name."""
     return {"retired.cpp": "Retired",
             "local_answers.cpp": "LocalCalls|Autohighlight|BrowserQueue|SessionCalls",
-            "rights.cpp": "EachRight|ViewingRights|Rights|OwnQuery|OwnSections", "error_texts.cpp": "ErrorTexts|SupportCheck",
-            "recording.cpp": "RemainingTime|StopPvrSync", "channels.cpp": "ChannelInfo|svc_pvr_get_channel_info",
-            "status.cpp": "IsSupportPvr", "recording_state.cpp": "RecordingsWithoutTimeshift",
-            "devices.cpp": "LocalCalls|from_c", "playback.cpp": "LocalCalls",
+            "rights.cpp": "EachRight|ViewingRights|Rights|OwnQuery|OwnSections",
+            "error_texts.cpp": "ErrorTexts|SupportCheck",
+            "recording.cpp": "RemainingTime|StopPvrSync",
+            "channels.cpp": "ChannelInfo|svc_pvr_get_channel_info",
+            "status.cpp": "IsSupportPvr",
+            "recording_state.cpp": "RecordingsWithoutTimeshift",
+            "devices.cpp": "LocalCalls|from_c",
+            "playback.cpp": "LocalCalls",
             "recording_files.cpp": "RemoveInf",
-            "callbacks.cpp": "FirstRegistration|Regist|Callbacks|Handler|SignalList|EachSlot|Signals|Library|Sizes"}.get(file, file)
+            "callbacks.cpp": "FirstRegistration|Regist|Callbacks|Handler|SignalList|EachSlot|Signals|Library|Sizes",
+            }.get(file, file)
 
 
 def collected(tree):

@@ -6,13 +6,15 @@ from call_rows import Row
 from cpp_text import functions, statements, without_comments
 from mutants import Mutant
 
-RULE_TESTS = [r"^unit/.*(Judged|Answer)", r"SendItsRequest.*/svc_pvr_(set_keep_state_flag|format|mkdir|stop_playing_sync|"
+RULE_TESTS = [r"^unit/.*(Judged|Answer)",
+              r"SendItsRequest.*/svc_pvr_(set_keep_state_flag|format|mkdir|stop_playing_sync|"
               r"get_recording_type_by_service_id|precheck_recording_available|play_pause)$",
               r"(LeaveOutputs|KeepTheServices).*/svc_pvr_(set_keep_state_flag|format|mkdir|stop_playing_sync|"
               r"get_recording_type_by_service_id|precheck_recording_available|play_pause|get_handle)$",
               "SessionCalls|LocalCalls"]
 EXCHANGE_TESTS = [r"SendItsRequest.*/svc_pvr_(play_pause|get_handle_for_record)$",
-                  r"TakeAReply.*/svc_pvr_(get_handle|play_pause)$", r"LeaveOutputs.*/svc_pvr_play_pause$", "StopPvrSync"]
+                  r"TakeAReply.*/svc_pvr_(get_handle|play_pause)$", r"LeaveOutputs.*/svc_pvr_play_pause$",
+                  "StopPvrSync"]
 RULE = r".*_rule$|judged$|judged_and_logged$"
 
 
@@ -24,7 +26,8 @@ def neighbours(wire, interface):
     """For each method the next one that takes and gives the same; the next one at all when there is none."""
     types = {}
     for method in xml.etree.ElementTree.fromstring(interface).iter("method"):
-        types[method.get("name")] = [(argument.get("direction"), argument.get("type")) for argument in method.iter("arg")]
+        types[method.get("name")] = [(argument.get("direction"), argument.get("type"))
+                                     for argument in method.iter("arg")]
     rows = wire_rows(wire)
     found = {}
     for i, name in enumerate(rows):
@@ -71,8 +74,9 @@ def plant_wire(planter):
 def plant_log_lines(planter):
     """Of each shape of line: its beginning, its priority, and whether it names the process."""
     source = planter.source("src/client/log.h")
-    for match in re.finditer(r'^#define (\w+)\(([^)]*)\) +(PVR_LOG_LINE\((\w+), +(.*?), +(\w+), +"(.*?)", +__VA_ARGS__\))$',
-                             source.original, re.M):
+    shape = re.compile(r'^#define (\w+)\(([^)]*)\) +'
+                       r'(PVR_LOG_LINE\((\w+), +(.*?), +(\w+), +"(.*?)", +__VA_ARGS__\))$', re.M)
+    for match in shape.finditer(source.original):
         name, line, forward, here, priority, head = match[1], match[3], match[4], match[5], match[6], match[7]
         other = {"of_master": "plain", "plain": "of_master"}[forward]
         other_head = head.replace("My master:[%d][%s]", "") if forward == "of_master" else head + "My master:[%d][%s]"

@@ -32,8 +32,8 @@ def places(cell, _):
     """Each member in the place of the next, of the same type and of another, and one too many and too few."""
     inner = [part.strip() for part in cell.strip("{}").split(",") if part.strip()]
     changed = []
-    numbers = ["handle", "result", "current_state", "duration", "detail_result", "uid", "record_type", "state", "status",
-               "narrow_service_id"]
+    numbers = ["handle", "result", "current_state", "duration", "detail_result", "uid", "record_type", "state",
+               "status", "narrow_service_id"]
     for i, member in enumerate(inner):
         if member in numbers:
             changed.append(inner[:i] + [numbers[(numbers.index(member) + 1) % len(numbers)]] + inner[i + 1:])
@@ -64,19 +64,21 @@ CODES = [Table("src/events/names.cpp", name, "NamedCode", [("code and name", nam
                prefix=r"NAMED\(")
          for name, test in [("ps_signal_type_e_str", "SignalTypes"), ("ps_play_state_e_str", "PlayStates"),
                             ("ps_record_state_e_str", "RecordStates"), ("ps_record_type_e_str", "RecordTypes"),
-                            ("ps_third_part_method_e_str", "CodesForOther"), ("ps_third_part_command_e_str", "CodesForOther"),
+                            ("ps_third_part_method_e_str", "CodesForOther"),
+                            ("ps_third_part_command_e_str", "CodesForOther"),
                             ("ps_method_e_str", "Methods"), ("ps_os_error_e_str", "OperatingSystemErrors")]]
 OLDER = [("from", plus_one), ("width", minus_one), ("to", plus_one),
          ("how", lambda cell, _: ["as_it_is" if cell == "seconds_to_ms" else "seconds_to_ms"])]
 OLDER_TESTS = [r"^unit/.*(OlderGenerations|GoldenFiles)", r"^unit/.*InfoReader"]
 TABLES = CODES + [
     Table("src/events/result_rows.h", "table", "ResultRow",
-          [("method", plus_one), ("signature", signature), ("places", places), ("app", next_other), ("others", next_other)],
+          [("method", plus_one), ("signature", signature), ("places", places), ("app", next_other),
+           ("others", next_other)],
           [r"^bus/.*EachResult", r"^bus/.*Results", r"^unit/Subscribe"]),
     Table("src/client/error_texts.cpp", "rows", "Row", [("first", plus_one), ("last", plus_one), ("id", next_other)],
           [r"^unit/.*ErrorTexts"]),
-    Table("src/files/older_generations.cpp", "file_sizes", "FileSize", [("bytes", plus_one), ("generation", next_other)],
-          OLDER_TESTS, check=""),
+    Table("src/files/older_generations.cpp", "file_sizes", "FileSize",
+          [("bytes", plus_one), ("generation", next_other)], OLDER_TESTS, check=""),
     Table("src/files/older_generations.cpp", "common_rows", "Row", OLDER, OLDER_TESTS, missing={3: "as_it_is"}),
     Table("src/files/older_generations.cpp", "ardel_rows", "Row", OLDER, OLDER_TESTS, missing={3: "as_it_is"}),
     Table("src/files/record_layout.h", "record_fields", "RecordField",
@@ -121,5 +123,6 @@ def mutants_of(table, source):
                 changed = ", ".join(row[:place] + [new] + row[place + 1:])
                 if len(row) > 1 and not changed.startswith("{{"):
                     changed = "{" + changed + "}"
-                found.append(Mutant(table.name, row[0], column, f"{row[place]} -> {new}", table.tests, cell=(index, changed)))
+                found.append(Mutant(table.name, row[0], column, f"{row[place]} -> {new}", table.tests,
+                                    cell=(index, changed)))
     return found

@@ -147,7 +147,8 @@ class SandboxedTest(PvrctlTest):
 
     def state(self, handle):
         """State and position of a playback as the service itself tells them."""
-        answer = re.fullmatch(r"\((-?\d+), int64 (-?\d+), int64 -?\d+, -?\d+\)", self.ask_service("get_progress", handle))
+        answer = re.fullmatch(r"\((-?\d+), int64 (-?\d+), int64 -?\d+, -?\d+\)",
+                              self.ask_service("get_progress", handle))
         return int(answer[1]), int(answer[2])
 
     def uri(self, handle):

@@ -187,7 +187,8 @@ class Files(SandboxedTest):
         self.assertEqual(made, {"path": str(self.device / "films"), "mode": "0700", "made": True})
         self.assertEqual(stat.S_IMODE((self.device / "films").stat().st_mode), 0o700)
         self.assertEqual(self.succeed("file", "mkdir", self.device / "more")["mode"], "0755")
-        for path, options in (self.device / "more", []), (self.folder / "new", []), (self.device / "a", ["--mode", 7777]):
+        for path, options in [(self.device / "more", []), (self.folder / "new", []),
+                              (self.device / "a", ["--mode", 7777])]:
             with self.subTest(path=path):
                 self.assertEqual(self.fail_with(REFUSED, "file", "mkdir", path, *options),
                                  f"the service did not make {path}")

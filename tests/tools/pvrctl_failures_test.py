@@ -161,7 +161,8 @@ class CommandLine(PvrctlTest):
 
     def test_every_command_has_help_with_examples_and_exit_codes(self):
         commands = self.commands()
-        self.assertLessEqual({(), ("play", "start"), ("handle", "list"), ("file", "is-recording"), ("status",)}, set(commands))
+        self.assertLessEqual({(), ("play", "start"), ("handle", "list"), ("file", "is-recording"), ("status",)},
+                             set(commands))
         for command in commands:
             with self.subTest(command=command):
                 code, text, errors = self.run_pvrctl(*command, "--help")
@@ -199,7 +200,8 @@ class CommandLine(PvrctlTest):
                 (["status", "x"], "HANDLE: 'x' is no whole number"),
                 (["play", "start", "/dev/null", "--from", "x"], "--from: 'x' is no whole number"),
                 (["play", "start", "/dev/null", "--handle", 2147483648], f"--handle: '2147483648' {wide}"),
-                (["play", "forward", 3, "--speed", 3], "--speed: '3' is none of 2, 4, 8, 16, 32, 64, 128, 1/2, 1/4, 1/8"),
+                (["play", "forward", 3, "--speed", 3],
+                 "--speed: '3' is none of 2, 4, 8, 16, 32, 64, 128, 1/2, 1/4, 1/8"),
                 (["play", "rewind", 3, "--speed", 2, "--type", 1], "excludes"),
                 (["play", "rewind", 3, "--type", "fast"], "--type: 'fast' is no whole number"),
                 (skip, "takes one of --to, --by and --percent"),

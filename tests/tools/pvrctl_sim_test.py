@@ -12,7 +12,8 @@ KINDS = ("delay, no-answer, error, result, wrong-type, crash, hold, drop, duplic
 NO_SERVICE = "the development service is not running: nobody owns org.vexan.tv.pvr.Simulator1 on the bus"
 VERBS = [["calls"], ["calls", "--follow"], ["calls", "--clear"], ["fault", "list"], ["fault", "clear"],
          ["fault", "remove", 1], ["fault", "add", "crash", "get_handle"], ["emit", "result_to_apps", 200], ["tune", 1],
-         ["date", "set"], ["step", 1], ["timer", "add", 1, "--in", 60], ["timer", "remove", 1], ["vanish"], ["return"], ["crash"]]
+         ["date", "set"], ["step", 1], ["timer", "add", 1, "--in", 60], ["timer", "remove", 1], ["vanish"], ["return"],
+         ["crash"]]
 
 
 class SimFaults(SandboxedTest):
@@ -214,7 +215,8 @@ class Sim(SandboxedTest):
         for code, arguments, message in [
                 (NOT_FOUND, ["add", 99, "--in", 1], "no such channel"),
                 (USAGE, ["add", 1, "--in", too_far], f"--in: {too_far} s are more than 366 days"),
-                (USAGE, ["add", 1, "--in", 1, "--duration", too_far], f"--duration: {too_far} s are more than 366 days"),
+                (USAGE, ["add", 1, "--in", 1, "--duration", too_far],
+                 f"--duration: {too_far} s are more than 366 days"),
                 (NOT_FOUND, ["remove", 7], "no such timer recording")]:
             with self.subTest(arguments=arguments):
                 self.assertEqual(self.fail_with(code, "sim", "timer", *arguments), message)

@@ -194,7 +194,8 @@ class Status(SandboxedTest):
         self.control("Tune", 2)
         found = self.succeed("status")
         self.assertEqual(found["record_state"], {"code": 2, "name": "PS_RECORD_STATE_REC"})
-        self.assertEqual([(one["service_id"], one["timeshift"]) for one in found["recordings"]], [(1, False), (1, True)])
+        self.assertEqual([(one["service_id"], one["timeshift"]) for one in found["recordings"]],
+                         [(1, False), (1, True)])
         self.assertEqual(found["watched_channel"], 2)
         table = lines(self.run_pvrctl("status")[1])
         self.assertEqual((table["recordings"], table["watched"], table["records to"]),

@@ -96,7 +96,8 @@ class WaitAlone(PvrctlTest):
     def test_what_is_wrong_is_told(self):
         for arguments, message in [
                 ([], "--until is required"),
-                (["--until", "wobble"], "--until: 'wobble' is none of service, recording, idle, playing, paused, stopped"),
+                (["--until", "wobble"],
+                 "--until: 'wobble' is none of service, recording, idle, playing, paused, stopped"),
                 (["--until", "recording", "x"], "'x' is no whole number"),
                 (["--until", "recording", "18446744073709551616"], "is not between 0 and 18446744073709551615"),
                 (["--until", "playing", "x"], "ID: 'x' is no whole number"),

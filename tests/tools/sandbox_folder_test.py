@@ -71,7 +71,8 @@ class TemporaryFolder(BusOnly):
         self.assertEqual(self.run_sandbox(command=command, cwd=self.folder), (0, f"0 {self.temporary}\n", ""))
 
     def test_is_kept_when_asked(self):
-        status, output, complaint = self.run_sandbox("--keep", command="echo text >$PVR_SANDBOX/file; echo $PVR_SANDBOX")
+        status, output, complaint = self.run_sandbox("--keep",
+                                                     command="echo text >$PVR_SANDBOX/file; echo $PVR_SANDBOX")
         place = self.temporary / output.strip()
         self.assertEqual((status, complaint), (0, f"pvr-sandbox: the folder is kept: {place}\n"))
         self.assertEqual(read(place / "file"), "text\n")
@@ -84,7 +85,8 @@ class Removal(BusOnly):
     def remove_after(self, commands, descriptors=None, **environment):
         self.environment.update(environment)
         limit = descriptors and (lambda: resource.setrlimit(resource.RLIMIT_NOFILE, (descriptors, descriptors)))
-        line = [*UNPRIVILEGED, sandboxed.OPTIONS.sandbox, "--no-service", "--", "sh", "-ec", f"cd $PVR_SANDBOX; {commands}"]
+        line = [*UNPRIVILEGED, sandboxed.OPTIONS.sandbox, "--no-service", "--",
+                "sh", "-ec", f"cd $PVR_SANDBOX; {commands}"]
         done = self.finish(self.start_line(line, preexec_fn=limit))
         self.assertEqual(done, (0, "", ""))
         self.assertEqual(list(self.temporary.iterdir()), [])

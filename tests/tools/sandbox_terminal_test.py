@@ -130,7 +130,8 @@ class OnATerminal(SandboxTest):
     def test_a_job_that_is_the_sandbox_is_stopped_and_continued(self):
         outer = self.terminal.run(SHELL)
         self.terminal.expect("prompt> ")
-        self.terminal.type(" ".join(self.sandbox("sh", "-c", "'echo u\"\"p; read line; echo got $line; exit 5'")) + "\n")
+        line = self.sandbox("sh", "-c", "'echo u\"\"p; read line; echo got $line; exit 5'")
+        self.terminal.type(" ".join(line) + "\n")
         self.terminal.expect("up\r\n")
         self.terminal.type(CTRL_Z)
         self.terminal.expect("Stopped(.|\r|\n)*prompt> ")

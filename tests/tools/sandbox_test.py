@@ -129,7 +129,8 @@ class Service(SandboxTest):
         return path
 
     def test_that_does_not_come_up_keeps_the_command_from_running(self):
-        failing = self.script("i=0; while [ $i -lt 20 ]; do i=$((i+1)); echo line $i; done; echo the reason >&2; exit 9")
+        failing = self.script("i=0; while [ $i -lt 20 ]; do i=$((i+1)); echo line $i; done; "
+                              "echo the reason >&2; exit 9")
         dying = self.script("kill -ABRT $$")
         services = {
             ("sleep", "--service-option=infinity", "--wait=1"):
@@ -137,7 +138,8 @@ class Service(SandboxTest):
             ("true",): f"the service true ended before it owned {NAME}, exit status 0; it wrote nothing",
             (failing,): f"the service {failing} ended before it owned {NAME}, exit status 9; its last lines:\n"
                         + "".join(f"    line {i}\n" for i in range(12, 21)) + "    the reason",
-            (dying,): f"the service {dying} ended before it owned {NAME}, killed by SIGABRT (Aborted); it wrote nothing",
+            (dying,): f"the service {dying} ended before it owned {NAME}, killed by SIGABRT (Aborted); "
+                      "it wrote nothing",
             ("no-such-service",): "the service no-such-service cannot be started: No such file or directory",
             (self.folder,): f"the service {self.folder} cannot be started: Permission denied",
         }
@@ -195,7 +197,8 @@ class Service(SandboxTest):
                              command=f"kill -KILL $(cat $PVR_SANDBOX/service.pid); read line; {ASK}; exit 4")
         wait_until(lambda: read(self.stderr).endswith("\n"), "the sandbox says so")
         done = self.finish(sandbox, "\n")
-        self.assertEqual(done, (4, "   boolean false\n", "pvr-sandbox: the service ended, killed by SIGKILL (Killed)\n"))
+        self.assertEqual(done, (4, "   boolean false\n",
+                                "pvr-sandbox: the service ended, killed by SIGKILL (Killed)\n"))
 
     def test_that_ends_is_started_again_as_often_as_it_ends(self):
         sandbox = self.start("--on-service-exit=restart", "--verbose", command=f"read line; {ASK}; exit 4")
@@ -208,7 +211,8 @@ class Service(SandboxTest):
         self.assertEqual(told.count("the service ended, killed by SIGKILL (Killed); it is started again\n"), 2)
 
     def test_that_does_not_come_up_again_ends_the_command(self):
-        service = self.script(f"[ ! -e {self.folder}/once ] || exit 9; touch {self.folder}/once; exec {OPTIONS.service}")
+        service = self.script(f"[ ! -e {self.folder}/once ] || exit 9; touch {self.folder}/once; "
+                              f"exec {OPTIONS.service}")
         sandbox = self.start("--service", service, "--on-service-exit=restart", service=False,
                              command="trap 'echo asked; exit 0' TERM; kill -KILL $(cat $PVR_SANDBOX/service.pid); "
                                      "sleep infinity & wait")
@@ -243,7 +247,8 @@ class ServiceLog(SandboxTest):
         for log, reason in {pipe: "No such device or address", self.folder: "Is a directory"}.items():
             with self.subTest(log=log):
                 done = self.run_sandbox("--service-log", log, command="echo ran")
-                self.assertEqual(done, (FAILED, "", f"pvr-sandbox: the service's log {log} cannot be opened: {reason}\n"))
+                self.assertEqual(done,
+                                 (FAILED, "", f"pvr-sandbox: the service's log {log} cannot be opened: {reason}\n"))
 
 
 class Signal(SandboxTest):
