@@ -56,6 +56,17 @@ int lowest_free_descriptor()
     return descriptor;
 }
 
+/// While a line is read. libFuzzer opens, writes and removes files of its own in between.
+class Reading {
+public:
+    Reading() { is_now = true; }
+    ~Reading() { is_now = false; }
+    Reading(const Reading &) = delete;
+    Reading &operator=(const Reading &) = delete;
+
+    static inline bool is_now = false;
+};
+
 } // namespace
 
 extern "C" int LLVMFuzzerInitialize(int *, char ***)
@@ -73,6 +84,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     const int next = lowest_free_descriptor();
     pvrctl::Output output;
     try {
+        const Reading reading;
         pvrctl::CommandLine line;
         static_cast<void>(line.action(output, words.count(), words.pointers()));
     } catch (const pvrctl::Failure &failure) {
@@ -87,21 +99,37 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
 
 namespace {
 
-[[noreturn]] int never()
+/// What libFuzzer calls is done; what is called while a line is read should not have been.
+template <typename Function, typename... Arguments>
+auto in_between(Function function, Arguments... arguments)
 {
-    check(false, "reading a line opens no file, changes nothing and starts no program");
-    std::abort();
+    check(!Reading::is_now, "reading a line opens no file, changes nothing and starts no program");
+    return function(arguments...);
 }
 
 } // namespace
 
 extern "C" {
-int __wrap_open(const char *, int, ...) { never(); }
-int __wrap_creat(const char *, mode_t) { never(); }
-int __wrap_unlink(const char *) { never(); }
-int __wrap_rename(const char *, const char *) { never(); }
-int __wrap_mkdir(const char *, mode_t) { never(); }
-int __wrap_fork() { never(); }
-int __wrap_execvp(const char *, char *const *) { never(); }
-[[noreturn]] void __wrap_exit(int) { never(); }
+int __real_open(const char *, int, mode_t);
+int __real_creat(const char *, mode_t);
+int __real_unlink(const char *);
+int __real_rename(const char *, const char *);
+int __real_mkdir(const char *, mode_t);
+int __real_fork();
+int __real_execvp(const char *, char *const *);
+[[noreturn]] void __real_exit(int);
+
+int __wrap_open(const char *path, int flags, mode_t mode) { return in_between(__real_open, path, flags, mode); }
+int __wrap_creat(const char *path, mode_t mode) { return in_between(__real_creat, path, mode); }
+int __wrap_unlink(const char *path) { return in_between(__real_unlink, path); }
+int __wrap_rename(const char *from, const char *to) { return in_between(__real_rename, from, to); }
+int __wrap_mkdir(const char *path, mode_t mode) { return in_between(__real_mkdir, path, mode); }
+int __wrap_fork() { return in_between(__real_fork); }
+int __wrap_execvp(const char *path, char *const *words) { return in_between(__real_execvp, path, words); }
+
+[[noreturn]] void __wrap_exit(int status)
+{
+    in_between(__real_exit, status);
+    std::abort(); // not reached
+}
 }
