@@ -1,0 +1,2 @@
+// Owns the precompiled header of the tests, and does nothing.
+int main() { return 0; }
