@@ -45,7 +45,6 @@ namespace detail {
 template <typename Argument> struct Taken {};
 template <std::same_as<int> T>           struct Taken<T> { using Type = gint; };
 template <std::same_as<std::uint32_t> T> struct Taken<T> { using Type = guint; };
-template <std::same_as<std::int64_t> T>  struct Taken<T> { using Type = gint64; };
 template <std::same_as<std::uint64_t> T> struct Taken<T> { using Type = guint64; };
 template <> struct Taken<const char *>    { using Type = const gchar *; };
 template <> struct Taken<int *>           { using Type = gint *; };

@@ -9,6 +9,7 @@ from concurrent.futures import ThreadPoolExecutor
 import call_rows
 import shapes
 import tables
+import type_rows
 from cpp_text import closing, without_comments
 
 HEADER = "mutation/switched.h"
@@ -241,4 +242,7 @@ def plant(tree, build, jobs):
                     fresh.setdefault(number, message)
         refused |= fresh
         asked = complaining
-    return planter.mutants, refused
+    rows = type_rows.rows_of(tree)
+    planter.number([mutant for mutant, *_ in rows])
+    callers = [command for file, command in commands.items() if "wire::" in file.read_text(encoding="utf-8")]
+    return planter.mutants, refused | type_rows.refused(rows, callers, build)

@@ -1,4 +1,4 @@
-"""Rows that have a shape of their own: remote methods, shapes of log lines, digits; and the rules of results."""
+"""Rows that have a shape of their own: remote methods, types' letters, log lines, digits; and the rules of results."""
 import re
 import xml.etree.ElementTree
 
@@ -69,6 +69,46 @@ def plant_wire(planter):
         source.replace(*match.span(), [(
             f'inline constexpr {kind} {name}_forms[]{{{{"{name}"{tail}}}{forms}}}; '
             f"inline const {kind} &{name} = {name}_forms[::mutation::form({mutants[0].number}, {len(mutants)})];", 0)])
+
+
+def plant_letters(planter):
+    """The letter of each type that a request or a reply is spelled with; the forms of each are spelled side by side."""
+    source = planter.source("src/client/wire_format.h")
+    text = source.original
+    rows = list(re.finditer(r"^template <> inline constexpr char (sent|received)<(.*?)> += '(\w)';", text, re.M))
+    mutants = []
+    for kind in ("sent", "received"):
+        letters = [row[3] for row in rows if row[1] == kind]
+        for row, new in zip((row for row in rows if row[1] == kind), letters[1:] + letters[:1]):
+            mutants.append(Mutant("wire_format.h", f"{kind}<{row[2]}>", "letter", f"{row[3]} -> {new}",
+                                  ["SendItsRequest", "TakeAReply"]))
+            source.replace(*row.span(), [(f"template <int form> inline constexpr char {kind}<{row[2]}, form> = "
+                                          f"form == {len(mutants)} ? '{new}' : '{row[3]}';", 0)])
+        primary = f"template <typename Parameter> inline constexpr char {kind} = 0;"
+        start = text.index(primary)
+        source.replace(start, start + len(primary), [(primary.replace("Parameter>", "Parameter, int form = 0>"), 0)])
+    planter.number(mutants)
+    container = "template <> inline constexpr char received<GVariant **> = "
+    start = text.index(container)
+    source.replace(start, start + len(container),
+                   [("template <int form> inline constexpr char received<GVariant **, form> = ", 0)])
+
+    forms = range(len(mutants) + 1)
+    now = f"::mutation::form({mutants[0].number}, {len(mutants)})"
+    end = text.index("    static constexpr bool has_container")
+    source.replace(end, end, [("".join(
+        f"template <int form> static constexpr auto {name}_form = spelled(std::array{{{kind}<Parameters, form>...}});\n"
+        f"static constexpr const char *{name}_forms[] = {{"
+        + ", ".join(f"{name}_form<{form}>.data()" for form in forms) + "};\n"
+        for name, kind in (("request", "sent"), ("reply", "received"))), 0)])
+    end = text.index("    consteval explicit(false) Remote")
+    source.replace(end, end, [(
+        f"const char *request_now() const {{ return detail::Formats<Function>::request_forms[{now}]; }}\n"
+        "const char *reply_now() const { return detail::Formats<Function>::has_container ? reply "
+        f": detail::Formats<Function>::reply_forms[{now}]; }}\n", 0)])
+    user = planter.source("src/client/call.h")
+    for match in re.finditer(r"\bmethod\.(request|reply)\b", user.original):
+        user.replace(match.end(), match.end(), [("_now()", 0)])
 
 
 def plant_log_lines(planter):
@@ -172,6 +212,7 @@ def plant_publication(planter):
 
 def plant(planter):
     plant_wire(planter)
+    plant_letters(planter)
     plant_log_lines(planter)
     plant_digits(planter)
     plant_rules(planter)
