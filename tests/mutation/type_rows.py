@@ -7,14 +7,15 @@ from mutants import Mutant
 ROWS = [("src/client/call.h", "parameter",
          re.compile(r"^template (?P<row>.* struct Taken<.*?>) +\{ using Type = (?P<type>.*); \};", re.M)),
         ("src/client/wire_format.h", "mark of a container",
-         re.compile(r"^template <> inline constexpr char (?P<row>received<GVariant \*\*>) = '(?P<type>\?)';", re.M))]
+         re.compile(r"^template .* char (?P<row>received<GVariant \*\*.*>) = '(?P<type>\?)';", re.M))]
 
 
 def rows_of(tree):
-    """The mutants, each with its file, the text of its row and the text that takes its place."""
+    """The mutants of a planted tree, each with its file, the text of its row and the text that takes its place."""
     found = []
     for file, column, pattern in ROWS:
         rows = list(pattern.finditer((tree / file).read_text(encoding="utf-8")))
+        assert rows, f"{file} has no {column} any more"
         types = [row["type"] for row in rows]
         for index, row in enumerate(rows):
             new = next((other for other in types[index + 1:] + types[:index] if other != row["type"]), "s")
