@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <functional>
 #include <gtest/gtest.h>
+#include <span>
 #include <sstream>
 #include <thread>
 
@@ -75,34 +76,8 @@ void expect_each_outcome(const RemoteCall &row, ScriptedService &service)
     }
 }
 
-/// By reference: the test framework copies its parameters, and every test is a process of its own.
-class RemoteCalls : public testing::TestWithParam<std::reference_wrapper<const RemoteCall>> {};
-
-} // namespace
-
-INSTANTIATE_TEST_SUITE_P(All, RemoteCalls,
-                         testing::ValuesIn(std::vector<std::reference_wrapper<const RemoteCall>>(all_calls().begin(),
-                                                                                                 all_calls().end())),
-                         [](const auto &info) { return info.param.get().name + info.param.get().variant; });
-
-TEST_P(RemoteCalls, SendItsRequestAndMakeWhatItsRuleSaysOfEachAnswer)
+void log_under_its_own_name(const RemoteCall &row)
 {
-    ScriptedService service;
-    make_session();
-    expect_each_outcome(GetParam(), service);
-}
-
-TEST(LongLists, AreWalkedWhole)
-{
-    ScriptedService service;
-    make_session();
-    for (const RemoteCall &row : long_list_calls())
-        expect_each_outcome(row, service);
-}
-
-TEST_P(RemoteCalls, LogUnderItsOwnName)
-{
-    const RemoteCall &row = GetParam();
     ScriptedService service;
     make_session();
     service.script(row.request.method, answers(row.outcomes.front().answer));
@@ -118,9 +93,8 @@ TEST_P(RemoteCalls, LogUnderItsOwnName)
     }
 }
 
-TEST_P(RemoteCalls, LeaveOutputsUntouchedWhenTheBusReportsAnError)
+void leave_outputs_untouched_when_the_bus_reports_an_error(const RemoteCall &row)
 {
-    const RemoteCall &row = GetParam();
     ScriptedService service;
     make_session();
     for (const std::string name :
@@ -135,9 +109,8 @@ TEST_P(RemoteCalls, LeaveOutputsUntouchedWhenTheBusReportsAnError)
     }
 }
 
-TEST_P(RemoteCalls, TakeAReplyOfAnotherTypeForAnError)
+void take_a_reply_of_another_type_for_an_error(const RemoteCall &row)
 {
-    const RemoteCall &row = GetParam();
     ScriptedService service;
     make_session();
     const std::string expected = type_of(row.outcomes.front().answer);
@@ -176,9 +149,8 @@ TEST_P(RemoteCalls, TakeAReplyOfAnotherTypeForAnError)
     EXPECT_GE(wrong, 16);
 }
 
-TEST_P(RemoteCalls, FailWithoutAService)
+void fail_without_a_service(const RemoteCall &row)
 {
-    const RemoteCall &row = GetParam();
     make_session();
     const Done done = run(row);
     EXPECT_EQ(done.returned, PS_CALL_METHOD_FAILED);
@@ -188,9 +160,8 @@ TEST_P(RemoteCalls, FailWithoutAService)
                                      "org.vexan.tv.pvr.server was not provided by any .service files!!")}));
 }
 
-TEST_P(RemoteCalls, SkipNullOutputs)
+void skip_null_outputs(const RemoteCall &row)
 {
-    const RemoteCall &row = GetParam();
     if (!row.call_with_null_outputs)
         return; // nothing to skip
     ScriptedService service;
@@ -202,9 +173,8 @@ TEST_P(RemoteCalls, SkipNullOutputs)
     EXPECT_EQ(service.requests().size(), row.outcomes.size());
 }
 
-TEST_P(RemoteCalls, KeepTheServicesResultOnlyWhereItIsNotTheAnswer)
+void keep_the_services_result_only_where_it_is_not_the_answer(const RemoteCall &row)
 {
-    const RemoteCall &row = GetParam();
     ScriptedService service;
     make_session();
     for (const Outcome &outcome : row.outcomes) {
@@ -220,9 +190,8 @@ TEST_P(RemoteCalls, KeepTheServicesResultOnlyWhereItIsNotTheAnswer)
     }
 }
 
-TEST_P(RemoteCalls, AskTheServiceOnlyWhereTheProductRecordsUnlessTheyNeverCheck)
+void ask_the_service_only_where_the_product_records_unless_they_never_check(const RemoteCall &row)
 {
-    const RemoteCall &row = GetParam();
     ScriptedService service;
     make_session();
     service.script(row.request.method, answers(row.outcomes.front().answer));
@@ -238,6 +207,92 @@ TEST_P(RemoteCalls, AskTheServiceOnlyWhereTheProductRecordsUnlessTheyNeverCheck)
     EXPECT_EQ(done.lines,
               (Lines{row.entry, detail(support_line(0)), plain_info(support_line(0)), info(" did not support PVR!!")}));
     EXPECT_EQ(service.requests(), std::vector<Request>());
+}
+
+struct Property {
+    const char *name;
+    void (*holds)(const RemoteCall &row);
+};
+
+/// What holds for every call, whatever its row says.
+constexpr Property properties[] = {
+    {"LogUnderItsOwnName", log_under_its_own_name},
+    {"LeaveOutputsUntouchedWhenTheBusReportsAnError", leave_outputs_untouched_when_the_bus_reports_an_error},
+    {"TakeAReplyOfAnotherTypeForAnError", take_a_reply_of_another_type_for_an_error},
+    {"FailWithoutAService", fail_without_a_service},
+    {"SkipNullOutputs", skip_null_outputs},
+    {"KeepTheServicesResultOnlyWhereItIsNotTheAnswer", keep_the_services_result_only_where_it_is_not_the_answer},
+    {"AskTheServiceOnlyWhereTheProductRecordsUnlessTheyNeverCheck",
+     ask_the_service_only_where_the_product_records_unless_they_never_check},
+};
+
+/// A row, and what of it one process looks at: to start one takes longer than most of what is looked at.
+struct Turn {
+    std::string name;
+    const RemoteCall *row;
+    std::span<const Property> properties;
+};
+
+/// Asks only until it has been told, which no new session makes it forget.
+bool is_told_once(const RemoteCall &row) { return row.name == "svc_pvr_is_support_pvr"; }
+
+std::vector<Turn> all_turns()
+{
+    std::vector<Turn> turns;
+    for (const RemoteCall &row : all_calls()) {
+        if (!is_told_once(row))
+            turns.push_back({row.name + row.variant, &row, properties});
+        else
+            for (const Property &property : properties)
+                turns.push_back({row.name + row.variant + property.name, &row, {&property, 1}});
+    }
+    return turns;
+}
+
+/// Leaves nothing behind that the next property would find.
+void end_session()
+{
+    set_product(Product::records);
+    svc_pvr_service_destroy();
+    logged();
+}
+
+/// By reference: the test framework copies its parameters.
+class RemoteCalls : public testing::TestWithParam<std::reference_wrapper<const RemoteCall>> {};
+class EveryRemoteCall : public testing::TestWithParam<Turn> {};
+
+} // namespace
+
+INSTANTIATE_TEST_SUITE_P(All, RemoteCalls,
+                         testing::ValuesIn(std::vector<std::reference_wrapper<const RemoteCall>>(all_calls().begin(),
+                                                                                                 all_calls().end())),
+                         [](const auto &info) { return info.param.get().name + info.param.get().variant; });
+
+INSTANTIATE_TEST_SUITE_P(All, EveryRemoteCall, testing::ValuesIn(all_turns()),
+                         [](const auto &info) { return info.param.name; });
+
+TEST_P(RemoteCalls, SendItsRequestAndMakeWhatItsRuleSaysOfEachAnswer)
+{
+    ScriptedService service;
+    make_session();
+    expect_each_outcome(GetParam(), service);
+}
+
+TEST_P(EveryRemoteCall, HasWhatHoldsForAll)
+{
+    for (const Property &property : GetParam().properties) {
+        SCOPED_TRACE(property.name);
+        property.holds(*GetParam().row);
+        end_session();
+    }
+}
+
+TEST(LongLists, AreWalkedWhole)
+{
+    ScriptedService service;
+    make_session();
+    for (const RemoteCall &row : long_list_calls())
+        expect_each_outcome(row, service);
 }
 
 TEST(RemoteCallsAllAtOnce, GiveUpOnASilentServiceAndAreNotConfusedByItsLateAnswers)
@@ -272,8 +327,8 @@ TEST(RemoteCallsAllAtOnce, GiveUpOnASilentServiceAndAreNotConfusedByItsLateAnswe
     for (const RemoteCall &row : rows) {
         const Outcome &second = row.outcomes.back();
         service.script(row.request.method, answers(second.answer));
-        if (row.name == "svc_pvr_is_support_pvr")
-            continue; // answers from what it was told once
+        if (is_told_once(row))
+            continue;
         std::ostringstream outputs;
         EXPECT_EQ(row.call(outputs), second.returned) << row.name;
         EXPECT_EQ(outputs.str(), second.outputs) << row.name;

@@ -189,7 +189,6 @@ def collected(tree):
         planter.plant_functions(str(relative), call_rows.mutants_of(
             file, text, wanted, neighbours,
             lambda name: [rf"SendItsRequest.*/{name}(?![a-z_])",
-                          rf"(LeaveOutputs|AskTheService|KeepTheServices).*/{name}(?![a-z_])",
                           rf"/{name}(?![a-z_])", family]))
     for table in tables.CODES:
         planter.plant_codes(table)

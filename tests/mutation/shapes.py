@@ -9,11 +9,11 @@ from mutants import Mutant
 RULE_TESTS = [r"^unit/.*(Judged|Answer)",
               r"SendItsRequest.*/svc_pvr_(set_keep_state_flag|format|mkdir|stop_playing_sync|"
               r"get_recording_type_by_service_id|precheck_recording_available|play_pause)$",
-              r"(LeaveOutputs|KeepTheServices).*/svc_pvr_(set_keep_state_flag|format|mkdir|stop_playing_sync|"
+              r"EveryRemoteCall.*/svc_pvr_(set_keep_state_flag|format|mkdir|stop_playing_sync|"
               r"get_recording_type_by_service_id|precheck_recording_available|play_pause|get_handle)$",
               "SessionCalls|LocalCalls"]
 EXCHANGE_TESTS = [r"SendItsRequest.*/svc_pvr_(play_pause|get_handle_for_record)$",
-                  r"TakeAReply.*/svc_pvr_(get_handle|play_pause)$", r"LeaveOutputs.*/svc_pvr_play_pause$",
+                  r"EveryRemoteCall.*/svc_pvr_(get_handle|play_pause)$",
                   "StopPvrSync"]
 RULE = r".*_rule$|judged$|judged_and_logged$"
 
@@ -81,7 +81,7 @@ def plant_letters(planter):
         letters = [row[3] for row in rows if row[1] == kind]
         for row, new in zip((row for row in rows if row[1] == kind), letters[1:] + letters[:1]):
             mutants.append(Mutant("wire_format.h", f"{kind}<{row[2]}>", "letter", f"{row[3]} -> {new}",
-                                  ["SendItsRequest", "TakeAReply"]))
+                                  ["SendItsRequest", "EveryRemoteCall"]))
             source.replace(*row.span(), [(f"template <int form> inline constexpr char {kind}<{row[2]}, form> = "
                                           f"form == {len(mutants)} ? '{new}' : '{row[3]}';", 0)])
         primary = f"template <typename Parameter> inline constexpr char {kind} = 0;"
