@@ -135,12 +135,10 @@ const Rule &rule_of(const ExportedFunction &function) { return *std::ranges::fin
 
 // ---- How a function is shown.
 
-std::vector<CallParameter> parameters_of(const ExportedFunction &function) { return function.parameters(function); }
-
 std::string prototype_of(const ExportedFunction &function)
 {
     std::string text;
-    for (const CallParameter &parameter : parameters_of(function))
+    for (const CallParameter &parameter : function.parameters())
         text += (text.empty() ? "" : ", ") + parameter.type + parameter.name;
     return function.result_type() + std::string(function.name) + '(' + (text.empty() ? "void" : text) + ')';
 }
@@ -149,7 +147,7 @@ std::string prototype_of(const ExportedFunction &function)
 std::string usage_of(const ExportedFunction &function)
 {
     std::string text = "call " + std::string(function.name);
-    for (const CallParameter &parameter : parameters_of(function))
+    for (const CallParameter &parameter : function.parameters())
         if (parameter.is_given)
             text += ' ' + (parameter.takes_rest ? "[FIELD=VALUE...|JSON]" : parameter.name);
     return text;
@@ -167,7 +165,7 @@ Json parameters_json(const std::vector<CallParameter> &parameters, bool CallPara
 
 Json function_json(const ExportedFunction &function)
 {
-    const std::vector<CallParameter> parameters = parameters_of(function);
+    const std::vector<CallParameter> parameters = function.parameters();
     return {{"name", function.name},
             {"symbol", function.symbol},
             {"prototype", prototype_of(function)},
@@ -181,7 +179,7 @@ std::string function_help(const ExportedFunction &function)
 {
     const auto names = [&](bool CallParameter::*which) {
         std::string text;
-        for (const CallParameter &parameter : parameters_of(function))
+        for (const CallParameter &parameter : function.parameters())
             if (parameter.*which)
                 text += (text.empty() ? "" : ", ") + parameter.name;
         return text.empty() ? "nothing" : text;
@@ -249,7 +247,7 @@ void prepare(CallWanted &wanted)
         throw Failure(ExitCode::usage,
                       '\'' + wanted.name + "' is no function of the library. See 'pvrctl call --list'");
     const ExportedFunction &function = *wanted.function;
-    const std::vector<CallParameter> parameters = parameters_of(function);
+    const std::vector<CallParameter> parameters = function.parameters();
     const auto given = static_cast<std::size_t>(std::ranges::count_if(parameters, &CallParameter::is_given));
     const bool takes_rest = std::ranges::any_of(parameters, &CallParameter::takes_rest);
     const std::size_t least = given - (takes_rest ? 1 : 0);
@@ -258,7 +256,7 @@ void prepare(CallWanted &wanted)
                                   (least == 1 ? " argument" : " arguments") + (takes_rest ? " or more" : "") +
                                   ", not " + std::to_string(wanted.words.size()));
     try {
-        wanted.call = function.ready(function, wanted.words);
+        wanted.call = function.ready(wanted.words);
     } catch (const Failure &failure) {
         refuse_line(function, failure.what());
     }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -10,7 +11,6 @@
 #include <span>
 #include <string>
 #include <string_view>
-#include <tuple>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -40,6 +40,28 @@ enum class ResultRule {
 /// A call that is ready to be made: what is handed out goes there.
 using ReadyCall = std::function<std::int64_t(EventSink &sink, Handed &handed)>;
 
+/// A parameter during a call: it takes its words, has what the function gets, and shows what that has handed out.
+struct AnySlot {
+    AnySlot() = default;
+    virtual ~AnySlot() = default;
+    AnySlot(const AnySlot &) = delete;
+    AnySlot &operator=(const AnySlot &) = delete;
+
+    /// Takes its words from the front.
+    virtual void take(const std::string &name, std::span<const std::string> &words) = 0;
+    virtual void show(const std::string &name, Handed &handed) const = 0;
+};
+using Slots = std::vector<std::unique_ptr<AnySlot>>;
+
+/// What the type of a parameter says of it.
+struct ParameterType {
+    std::string (*spelled)();
+    bool is_given;
+    bool takes_rest;
+    bool is_shown;
+    std::unique_ptr<AnySlot> (*make_slot)();
+};
+
 struct CallParameter {
     std::string name;
     std::string type; ///< as C spells it, up to the name
@@ -54,10 +76,13 @@ struct ExportedFunction {
     std::string_view names;  ///< of the parameters, with commas between
     ResultRule rule;
     std::string (*result_type)();
-    std::vector<CallParameter> (*parameters)(const ExportedFunction &function);
+    std::span<const ParameterType> types; ///< of the parameters
+    std::int64_t (*invoke)(void (*callee)(), const Slots &slots, EventSink &sink);
+    void (*callee)(); ///< for invoke, which knows its type
+
+    std::vector<CallParameter> parameters() const;
     /// Throws a usage Failure for a word that is not what the parameter takes. There are as many as are given.
-    ReadyCall (*ready)(const ExportedFunction &function, std::span<const std::string> words);
-    void (*callee)(); ///< for ready, which knows its type
+    ReadyCall ready(std::span<const std::string> words) const;
 };
 
 /// Every function that the library exports.
@@ -82,87 +107,59 @@ inline constexpr bool is_shown = requires(const Slot<T> slot, Handed &handed)
     slot.show({}, handed);
 };
 
-inline std::vector<std::string> names_of(std::string_view list)
-{
-    std::vector<std::string> names;
-    while (!list.empty()) {
-        const std::size_t end = std::min(list.find(", "), list.size());
-        names.emplace_back(list.substr(0, end));
-        list.remove_prefix(std::min(end + 2, list.size()));
-    }
-    return names;
-}
-
 /// How many names there are is seen by the compiler.
 consteval std::size_t count_names(std::string_view list)
 {
     return list.empty() ? 0 : static_cast<std::size_t>(std::ranges::count(list, ',')) + 1;
 }
 
-/// Gives a parameter its words, and takes them from the rest.
 template <typename T>
-void take_words(Slot<T> &slot, const std::string &name, std::span<const std::string> &words)
-{
-    if constexpr (takes_rest<T>) {
-        slot.take(name, words);
-        words = {};
-    } else if constexpr (takes_word<T>) {
-        slot.take(name, words.front());
-        words = words.subspan(1);
+struct SlotOf final : AnySlot {
+    Slot<T> slot;
+
+    void take([[maybe_unused]] const std::string &name, [[maybe_unused]] std::span<const std::string> &words) override
+    {
+        if constexpr (takes_rest<T>) {
+            slot.take(name, words);
+            words = {};
+        } else if constexpr (takes_word<T>) {
+            slot.take(name, words.front());
+            words = words.subspan(1);
+        }
     }
-}
+    void show([[maybe_unused]] const std::string &name, [[maybe_unused]] Handed &handed) const override
+    {
+        if constexpr (is_shown<T>)
+            slot.show(name, handed);
+    }
+};
 
-template <typename T>
-void show_slot(const Slot<T> &slot, const std::string &name, Handed &handed)
-{
-    if constexpr (is_shown<T>)
-        slot.show(name, handed);
-}
-
-/// What is called, the function itself or an adapter: it takes what the Slots pass.
-template <typename Result, typename... Parameters>
-ReadyCall ready_call(const ExportedFunction &function, std::span<const std::string> words)
-{
-    auto slots = std::make_shared<std::tuple<Slot<Parameters>...>>();
-    const std::vector<std::string> names = names_of(function.names);
-    std::apply(
-        [&names, &words](auto &...slot) {
-            auto name = names.begin();
-            (take_words(slot, *name++, words), ...);
-            static_cast<void>(name);
-        },
-        *slots);
-    const auto callee = reinterpret_cast<Result (*)(Parameters...)>(function.callee);
-    return [slots, names, callee](EventSink &sink, Handed &handed) {
-        return std::apply(
-            [&](auto &...slot) {
-                const auto result = static_cast<std::int64_t>(callee(slot.pass(sink)...));
-                auto name = names.begin();
-                (show_slot(slot, *name++, handed), ...);
-                static_cast<void>(name);
-                return result;
-            },
-            *slots);
-    };
-}
+/// Spelled as the function has it; its way is that of what is called.
+template <typename Way, typename Type>
+constexpr ParameterType parameter_type{spelled<Type>, takes_word<Way>, takes_rest<Way>, is_shown<Way>,
+                                       []() -> std::unique_ptr<AnySlot> { return std::make_unique<SlotOf<Way>>(); }};
 
 template <typename... Types>
 struct TypeList;
-
-/// The parameters: their types as the function has them, their ways as what is called has them.
 template <typename Ways, typename Types>
 struct Parameters;
 template <typename... Ways, typename... Types>
 struct Parameters<TypeList<Ways...>, TypeList<Types...>> {
-    static std::vector<CallParameter> of(const ExportedFunction &function)
-    {
-        std::vector<CallParameter> list{{{}, spelled<Types>(), takes_word<Ways>, takes_rest<Ways>, is_shown<Ways>}...};
-        const std::vector<std::string> names = names_of(function.names);
-        for (std::size_t i = 0; i < list.size(); ++i)
-            list[i].name = names[i];
-        return list;
-    }
+    static constexpr std::array<ParameterType, sizeof...(Types)> types{parameter_type<Ways, Types>...};
 };
+
+/// What is called, the function itself or an adapter: it takes what the Slots pass. All else that a call does is the
+/// same for all types.
+template <typename Result, typename... Ways>
+std::int64_t invoke(void (*callee)(), [[maybe_unused]] const Slots &slots, [[maybe_unused]] EventSink &sink)
+{
+    const auto function = reinterpret_cast<Result (*)(Ways...)>(callee);
+    return [&]<std::size_t... index>(std::index_sequence<index...>)
+    {
+        return static_cast<std::int64_t>(function(static_cast<SlotOf<Ways> &>(*slots[index]).slot.pass(sink)...));
+    }
+    (std::index_sequence_for<Ways...>());
+}
 
 } // namespace detail
 
@@ -189,8 +186,8 @@ ExportedFunction exported(std::string_view name, Result (*)(Types...), Result (*
             names.list,
             rule,
             spelled<Result>,
-            detail::Parameters<detail::TypeList<Ways...>, detail::TypeList<Types...>>::of,
-            detail::ready_call<Result, Ways...>,
+            detail::Parameters<detail::TypeList<Ways...>, detail::TypeList<Types...>>::types,
+            detail::invoke<Result, Ways...>,
             reinterpret_cast<void (*)()>(adapter)};
 }
 
