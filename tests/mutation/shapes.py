@@ -13,8 +13,7 @@ RULE_TESTS = [r"^unit/.*(Judged|Answer)",
               r"get_recording_type_by_service_id|precheck_recording_available|play_pause|get_handle)$",
               "SessionCalls|LocalCalls"]
 EXCHANGE_TESTS = [r"SendItsRequest.*/svc_pvr_(play_pause|get_handle_for_record)$",
-                  r"EveryRemoteCall.*/svc_pvr_(get_handle|play_pause)$",
-                  "StopPvrSync"]
+                  r"EveryRemoteCall.*/svc_pvr_(get_handle|play_pause)$", "StopPvrSync"]
 RULE = r".*_rule$|judged$|judged_and_logged$"
 
 
