@@ -136,8 +136,9 @@ struct SlotOf final : AnySlot {
 
 /// Spelled as the function has it; its way is that of what is called.
 template <typename Way, typename Type>
-constexpr ParameterType parameter_type{spelled<Type>, takes_word<Way>, takes_rest<Way>, is_shown<Way>,
-                                       []() -> std::unique_ptr<AnySlot> { return std::make_unique<SlotOf<Way>>(); }};
+inline constexpr ParameterType parameter_type{
+    spelled<Type>, takes_word<Way>, takes_rest<Way>, is_shown<Way>,
+    []() -> std::unique_ptr<AnySlot> { return std::make_unique<SlotOf<Way>>(); }};
 
 template <typename... Types>
 struct TypeList;
