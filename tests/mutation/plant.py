@@ -188,8 +188,7 @@ def collected(tree):
                   r"register_checked|unregister_|store_in_list|remove_from_list")
         planter.plant_functions(str(relative), call_rows.mutants_of(
             file, text, wanted, neighbours,
-            lambda name: [rf"SendItsRequest.*/{name}(?![a-z_])",
-                          rf"/{name}(?![a-z_])", family]))
+            lambda name: [rf"SendItsRequest.*/{name}(?![a-z_])", rf"/{name}(?![a-z_])", family]))
     for table in tables.CODES:
         planter.plant_codes(table)
     for file in dict.fromkeys(table.file for table in tables.TABLES if table not in tables.CODES):

@@ -7,9 +7,7 @@ from cpp_text import functions, statements, without_comments
 from mutants import Mutant
 
 RULE_TESTS = [r"^unit/.*(Judged|Answer)",
-              r"SendItsRequest.*/svc_pvr_(set_keep_state_flag|format|mkdir|stop_playing_sync|"
-              r"get_recording_type_by_service_id|precheck_recording_available|play_pause)$",
-              r"EveryRemoteCall.*/svc_pvr_(set_keep_state_flag|format|mkdir|stop_playing_sync|"
+              r"(SendItsRequest|EveryRemoteCall).*/svc_pvr_(set_keep_state_flag|format|mkdir|stop_playing_sync|"
               r"get_recording_type_by_service_id|precheck_recording_available|play_pause|get_handle)$",
               "SessionCalls|LocalCalls"]
 EXCHANGE_TESTS = [r"SendItsRequest.*/svc_pvr_(play_pause|get_handle_for_record)$",
